@@ -1,0 +1,16 @@
+// Writes pictures as PNG: 8-bit, tagged sRGB; RGB where the picture is known to be opaque, RGBA otherwise.
+#pragma once
+
+#include "platform/foundation/FileManager.h"
+#include "platform/foundation/Result.h"
+#include "platform/graphics/Image.h"
+
+namespace quillomat {
+
+enum class PngEffort { fast, best };
+
+/// Rows are rasterised, filtered and deflated band by band, on several threads; the bytes do not depend on their number.
+[[nodiscard]] Result<Bytes> encodePng(const Image& image, PngEffort effort = PngEffort::fast);
+[[nodiscard]] Result<Bytes> encodePng(const Bitmap& bitmap, PngEffort effort = PngEffort::fast);
+
+} // namespace quillomat
