@@ -4,6 +4,7 @@
 #     DEPENDS   platform_views geometry      our modules whose headers may be included, each named
 #     LIBRARIES PkgConfig::libpng            libraries from outside, seen by this module alone
 #     HEADERS   View+Quadrilateral.h         what other modules may include
+#     PRIVATE_HEADERS Solver.h               what this module and its own tests alone may include
 #     SOURCES   View+Quadrilateral.cpp
 #     TESTS     Quadrilateral_test.cpp)      below tests/, in the mirrored folder
 #
@@ -32,7 +33,7 @@ function(quillomat_include_roots target)
 endfunction()
 
 function(add_module)
-  cmake_parse_arguments(MODULE "" "NAME;FOLDER" "DEPENDS;LIBRARIES;HEADERS;SOURCES;TESTS;TEST_DEPENDS;TEST_LIBRARIES;DEFINITIONS" ${ARGN})
+  cmake_parse_arguments(MODULE "" "NAME;FOLDER" "DEPENDS;LIBRARIES;HEADERS;PRIVATE_HEADERS;SOURCES;TESTS;TEST_DEPENDS;TEST_LIBRARIES;DEFINITIONS" ${ARGN})
   if(MODULE_UNPARSED_ARGUMENTS)
     message(FATAL_ERROR "add_module ${MODULE_NAME}: unknown ${MODULE_UNPARSED_ARGUMENTS}")
   endif()
@@ -45,9 +46,12 @@ function(add_module)
   # Roots are made afresh, so that a header taken off the list is gone from the root as well.
   file(REMOVE_RECURSE "${QUILLOMAT_INCLUDE_ROOTS}/${MODULE_NAME}")
   quillomat_publish_headers(${MODULE_NAME} "${folder}" ${MODULE_HEADERS})
+  file(REMOVE_RECURSE "${QUILLOMAT_INCLUDE_ROOTS}/${MODULE_NAME}.private")
+  quillomat_publish_headers(${MODULE_NAME}.private "${folder}" ${MODULE_PRIVATE_HEADERS})
 
   add_library(${MODULE_NAME} STATIC ${MODULE_SOURCES})
   quillomat_include_roots(${MODULE_NAME} ${MODULE_NAME} ${MODULE_DEPENDS})
+  target_include_directories(${MODULE_NAME} PRIVATE "${QUILLOMAT_INCLUDE_ROOTS}/${MODULE_NAME}.private")
   target_compile_definitions(${MODULE_NAME} PRIVATE ${MODULE_DEFINITIONS})
   target_link_libraries(${MODULE_NAME} PRIVATE quillomat_warnings ${MODULE_DEPENDS} ${MODULE_LIBRARIES} Threads::Threads)
   set_property(TARGET ${MODULE_NAME} PROPERTY QUILLOMAT_DEPENDS "${MODULE_DEPENDS}")
@@ -56,6 +60,7 @@ function(add_module)
     list(TRANSFORM MODULE_TESTS PREPEND "${CMAKE_SOURCE_DIR}/tests/${folder}/")
     add_module_test(NAME ${MODULE_NAME}_test SOURCES ${MODULE_TESTS}
       DEPENDS ${MODULE_NAME} ${MODULE_DEPENDS} ${MODULE_TEST_DEPENDS} LIBRARIES ${MODULE_TEST_LIBRARIES})
+    target_include_directories(${MODULE_NAME}_test PRIVATE "${QUILLOMAT_INCLUDE_ROOTS}/${MODULE_NAME}.private")
   endif()
 endfunction()
 
