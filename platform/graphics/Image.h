@@ -4,7 +4,9 @@
 #include "platform/foundation/Geometry.h"
 #include "platform/graphics/Bitmap.h"
 
+#include <cstddef>
 #include <memory>
+#include <span>
 #include <string>
 
 namespace quillomat {
@@ -23,6 +25,8 @@ public:
     [[nodiscard]] virtual SharedBitmap bitmap() const = 0;
     /// Why `bitmap()` gave null; empty when it has not failed so far.
     [[nodiscard]] virtual std::string failure() const { return {}; }
+    /// The encoded document behind it (a PNG, a JPEG ...), for sources that are one; empty for the others.
+    [[nodiscard]] virtual std::span<const std::byte> encodedBytes() const { return {}; }
     /// The recording behind it, for sources that are one.
     [[nodiscard]] virtual const Recording* recording() const { return nullptr; }
 };
