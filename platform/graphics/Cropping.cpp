@@ -1,0 +1,45 @@
+#include "platform/graphics/Cropping.h"
+
+#include "platform/graphics/BitmapContext.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
+namespace quillomat {
+
+PixelRect centredCrop(PixelSize picture, PixelSize shape) {
+    const PixelRect whole{0, 0, picture.width, picture.height};
+    if (picture.isEmpty() || shape.isEmpty()) {
+        return whole;
+    }
+    const double aspect = static_cast<double>(shape.width) / shape.height;
+    const double width = std::min<double>(picture.width, std::round(picture.height * aspect));
+    const double height = std::min<double>(picture.height, std::round(picture.width / aspect));
+    PixelRect cut = whole;
+    cut.width = std::max(1, static_cast<int>(width));
+    cut.height = std::max(1, static_cast<int>(height));
+    cut.x = (picture.width - cut.width) / 2;
+    cut.y = (picture.height - cut.height) / 2;
+    return cut;
+}
+
+bool liesInside(const PixelRect& rect, PixelSize picture) {
+    return rect.x >= 0 && rect.y >= 0 && rect.width > 0 && rect.height > 0 &&
+           std::int64_t{rect.x} + rect.width <= picture.width && std::int64_t{rect.y} + rect.height <= picture.height;
+}
+
+Image croppedImage(const Image& image, const PixelRect& rect) {
+    const PixelSize size = image.pixelSize();
+    if (rect == PixelRect{0, 0, size.width, size.height}) {
+        return image;
+    }
+    if (!liesInside(rect, size)) {
+        return {};
+    }
+    BitmapContext canvas(Size{static_cast<double>(rect.width), static_cast<double>(rect.height)});
+    canvas.drawImage(image, makeRect(-rect.x, -rect.y, size.width, size.height));
+    return canvas.makeImage();
+}
+
+} // namespace quillomat
