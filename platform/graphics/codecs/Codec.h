@@ -1,0 +1,48 @@
+// One picture format: how it is recognised, measured and decoded.
+#pragma once
+
+#include "platform/graphics/ImageFile.h"
+
+#include <string_view>
+
+namespace quillomat::codecs {
+
+using ByteSpan = std::span<const std::byte>;
+
+struct Codec {
+    ImageFormat format;
+    std::string_view name;
+    /// Looks at the first bytes only.
+    bool (*sniff)(ByteSpan bytes);
+    Result<ImageHeader> (*readHeader)(ByteSpan bytes, const ImageLimits& limits);
+    /// The whole picture where `minimum` is empty; otherwise a reduction at least that large on both sides, where the
+    /// format can reduce while decoding.
+    Result<Bitmap> (*decode)(ByteSpan bytes, PixelSize minimum, const ImageLimits& limits);
+};
+
+extern const Codec pngCodec;
+extern const Codec jpegCodec;
+extern const Codec webpCodec;
+extern const Codec heifCodec;
+
+/// Refuses an empty size and one over the limits; takes wide integers, since headers can announce anything.
+[[nodiscard]] Status checkSize(std::uint64_t width, std::uint64_t height, const ImageLimits& limits);
+
+[[nodiscard]] inline const unsigned char* asUnsignedChars(ByteSpan bytes) {
+    return reinterpret_cast<const unsigned char*>(bytes.data());
+}
+
+/// Unsigned big-endian number of four bytes; the caller has checked that they are there.
+[[nodiscard]] inline std::uint32_t bigEndian32(ByteSpan bytes, std::size_t offset) {
+    const unsigned char* p = asUnsignedChars(bytes) + offset;
+    return (std::uint32_t{p[0]} << 24) | (std::uint32_t{p[1]} << 16) | (std::uint32_t{p[2]} << 8) | p[3];
+}
+
+[[nodiscard]] inline bool startsWith(ByteSpan bytes, std::string_view prefix, std::size_t offset = 0) {
+    if (bytes.size() < offset || bytes.size() - offset < prefix.size()) {
+        return false;
+    }
+    return std::string_view(reinterpret_cast<const char*>(bytes.data()) + offset, prefix.size()) == prefix;
+}
+
+} // namespace quillomat::codecs

@@ -1,0 +1,238 @@
+#include "platform/graphics/codecs/ColorConversion.h"
+
+#include <lcms2.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <vector>
+
+namespace quillomat::codecs {
+
+class ColorConversion::Step {
+public:
+    virtual ~Step() = default;
+    virtual void convert(std::uint8_t* pixels, std::size_t count) const = 0;
+};
+
+namespace {
+
+struct CloseProfile {
+    void operator()(void* profile) const { cmsCloseProfile(profile); }
+};
+struct DeleteTransform {
+    void operator()(void* transform) const { cmsDeleteTransform(transform); }
+};
+struct FreeCurve {
+    void operator()(cmsToneCurve* curve) const { cmsFreeToneCurve(curve); }
+};
+
+// Shared, because profiles and transforms must be closed before the context they were made in.
+using Context = std::shared_ptr<std::remove_pointer_t<cmsContext>>;
+using Profile = std::unique_ptr<void, CloseProfile>;
+using Transform = std::unique_ptr<void, DeleteTransform>;
+using Curve = std::unique_ptr<cmsToneCurve, FreeCurve>;
+
+// An embedded profile above this is no profile for a picture (press profiles reach a few megabytes).
+constexpr std::size_t largestProfile = std::size_t{16} << 20;
+// Rounding in the eight-bit paths: profiles this near to sRGB are sRGB in all but name.
+constexpr int sameColor = 1;
+
+/// lcms2 on every pixel. Made without its cache, which is what makes it safe to share between threads.
+class TransformStep final : public ColorConversion::Step {
+public:
+    TransformStep(Context context, Transform transform, bool fromInks)
+        : context_(std::move(context)), transform_(std::move(transform)), fromInks_(fromInks) {}
+
+    void convert(std::uint8_t* pixels, std::size_t count) const override {
+        constexpr std::size_t batch = 1 << 16;
+        for (std::size_t done = 0; done < count; done += batch) {
+            const std::size_t now = std::min(batch, count - done);
+            std::uint8_t* at = pixels + done * 4;
+            cmsDoTransform(transform_.get(), at, at, static_cast<cmsUInt32Number>(now));
+            if (fromInks_) {
+                for (std::size_t i = 0; i < now; ++i) {
+                    at[i * 4 + 3] = 255;
+                }
+            }
+        }
+    }
+
+private:
+    Context context_;
+    Transform transform_;
+    bool fromInks_;
+};
+
+/// Grey has only 256 values.
+class GrayStep final : public ColorConversion::Step {
+public:
+    using Table = std::array<std::array<std::uint8_t, 3>, 256>;
+    explicit GrayStep(const Table& table) : table_(table) {}
+
+    void convert(std::uint8_t* pixels, std::size_t count) const override {
+        for (std::uint8_t* end = pixels + count * 4; pixels != end; pixels += 4) {
+            std::copy_n(table_[pixels[0]].begin(), 3, pixels);
+        }
+    }
+
+private:
+    Table table_;
+};
+
+Context makeContext() {
+    const Context context(cmsCreateContext(nullptr, nullptr), [](cmsContext made) {
+        if (made != nullptr) {
+            cmsDeleteContext(made);
+        }
+    });
+    if (context) {
+        cmsSetLogErrorHandlerTHR(context.get(), [](cmsContext, cmsUInt32Number, const char*) {});
+    }
+    return context;
+}
+
+bool isProfileFor(cmsHPROFILE profile, ColorModel model) {
+    const cmsColorSpaceSignature space = cmsGetColorSpace(profile);
+    switch (model) {
+    case ColorModel::gray:
+        return space == cmsSigGrayData;
+    case ColorModel::rgb:
+        return space == cmsSigRgbData;
+    case ColorModel::cmyk:
+    case ColorModel::invertedCmyk:
+        return space == cmsSigCmykData;
+    }
+    return false;
+}
+
+cmsUInt32Number pixelFormat(ColorModel model) {
+    switch (model) {
+    case ColorModel::gray:
+        return TYPE_GRAY_8;
+    case ColorModel::rgb:
+        return TYPE_RGBA_8;
+    case ColorModel::cmyk:
+        return TYPE_CMYK_8;
+    case ColorModel::invertedCmyk:
+        return TYPE_CMYK_8_REV;
+    }
+    return 0;
+}
+
+std::shared_ptr<const ColorConversion::Step> makeStep(const Context& context, const Profile& from, ColorModel model) {
+    const Profile srgb(cmsCreate_sRGBProfileTHR(context.get()));
+    if (!from || !srgb || !isProfileFor(from.get(), model)) {
+        return nullptr;
+    }
+    const bool gray = model == ColorModel::gray;
+    const cmsUInt32Number flags = cmsFLAGS_NOCACHE | (model == ColorModel::rgb ? cmsFLAGS_COPY_ALPHA : 0U);
+    Transform transform(cmsCreateTransformTHR(context.get(), from.get(), pixelFormat(model), srgb.get(),
+                                              gray ? TYPE_RGB_8 : TYPE_RGBA_8, INTENT_PERCEPTUAL, flags));
+    if (!transform) {
+        return nullptr;
+    }
+    if (!gray) {
+        return std::make_shared<TransformStep>(context, std::move(transform), model != ColorModel::rgb);
+    }
+    GrayStep::Table table{};
+    for (unsigned value = 0; value < 256; ++value) {
+        const auto level = static_cast<std::uint8_t>(value);
+        cmsDoTransform(transform.get(), &level, table[value].data(), 1);
+    }
+    return std::make_shared<GrayStep>(table);
+}
+
+/// Every grey level, and for colours a lattice over the cube: enough to know curves and primaries apart.
+std::vector<std::uint8_t> testColors(ColorModel model) {
+    std::vector<std::uint8_t> colors;
+    for (int level = 0; level < 256; ++level) {
+        colors.insert(colors.end(), 3, static_cast<std::uint8_t>(level));
+        colors.push_back(255);
+    }
+    constexpr int step = 17;
+    for (int red = 0; model == ColorModel::rgb && red < 256; red += step) {
+        for (int green = 0; green < 256; green += step) {
+            for (int blue = 0; blue < 256; blue += step) {
+                for (const int value : {red, green, blue, 255}) {
+                    colors.push_back(static_cast<std::uint8_t>(value));
+                }
+            }
+        }
+    }
+    return colors;
+}
+
+} // namespace
+
+ColorConversion ColorConversion::unlessIdentity(std::shared_ptr<const Step> step, ColorModel model) {
+    if (!step) {
+        return {};
+    }
+    if (model == ColorModel::gray || model == ColorModel::rgb) {
+        const std::vector<std::uint8_t> before = testColors(model);
+        std::vector<std::uint8_t> after = before;
+        step->convert(after.data(), after.size() / 4);
+        const bool same = std::equal(before.begin(), before.end(), after.begin(),
+                                     [](int a, int b) { return std::abs(a - b) <= sameColor; });
+        if (same) {
+            return {};
+        }
+    }
+    return ColorConversion(std::move(step));
+}
+
+ColorConversion ColorConversion::fromProfile(std::span<const std::byte> profile, ColorModel model) {
+    const Context context = makeContext();
+    if (!context || profile.empty() || profile.size() > largestProfile) {
+        return {};
+    }
+    const Profile from(
+        cmsOpenProfileFromMemTHR(context.get(), profile.data(), static_cast<cmsUInt32Number>(profile.size())));
+    return unlessIdentity(makeStep(context, from, model), model);
+}
+
+ColorConversion ColorConversion::fromPrimaries(std::optional<double> exponent, const Chromaticities& primaries,
+                                               ColorModel model) {
+    const Context context = makeContext();
+    if (!context || (exponent && !(*exponent > 0.05 && *exponent < 20))) {
+        return {};
+    }
+    const std::array<double, 5> srgbCurve{2.4, 1 / 1.055, 0.055 / 1.055, 1 / 12.92, 0.04045};
+    const Curve curve(exponent ? cmsBuildGamma(context.get(), *exponent)
+                               : cmsBuildParametricToneCurve(context.get(), 4, srgbCurve.data()));
+    if (!curve) {
+        return {};
+    }
+    const cmsCIExyY white{primaries.whiteX, primaries.whiteY, 1};
+    Profile from;
+    if (model == ColorModel::gray) {
+        from.reset(cmsCreateGrayProfileTHR(context.get(), &white, curve.get()));
+    } else {
+        const cmsCIExyYTRIPLE triple{{primaries.redX, primaries.redY, 1},
+                                     {primaries.greenX, primaries.greenY, 1},
+                                     {primaries.blueX, primaries.blueY, 1}};
+        const std::array<cmsToneCurve*, 3> curves{curve.get(), curve.get(), curve.get()};
+        from.reset(cmsCreateRGBProfileTHR(context.get(), &white, &triple, curves.data()));
+    }
+    return unlessIdentity(makeStep(context, from, model), model);
+}
+
+void ColorConversion::convert(std::uint8_t* pixels, std::size_t count) const {
+    if (convert_) {
+        convert_->convert(pixels, count);
+    }
+}
+
+void convertInksWithoutProfile(std::uint8_t* pixels, std::size_t count, bool inverted) {
+    const unsigned flip = inverted ? 0 : 255;
+    for (std::uint8_t* end = pixels + count * 4; pixels != end; pixels += 4) {
+        const unsigned paper = pixels[3] ^ flip;
+        for (int i = 0; i < 3; ++i) {
+            pixels[i] = static_cast<std::uint8_t>(((pixels[i] ^ flip) * paper + 127) / 255);
+        }
+        pixels[3] = 255;
+    }
+}
+
+} // namespace quillomat::codecs

@@ -1,0 +1,284 @@
+// JPEG through libjpeg-turbo, to RGBA while decoding; press pictures through their inks.
+//
+// The library reports errors with longjmp, so each function that calls setjmp holds plain data only.
+#include "platform/graphics/codecs/Codec.h"
+#include "platform/graphics/codecs/ColorConversion.h"
+#include "platform/graphics/codecs/Orientation.h"
+
+#include <csetjmp>
+#include <cstdio>
+#include <cstdlib>
+// After <cstdio>, which it needs and does not include.
+#include <jpeglib.h>
+// After <jpeglib.h>: the codes of its warnings.
+#include <jerror.h>
+
+#include <algorithm>
+#include <array>
+#include <string>
+
+namespace quillomat::codecs {
+namespace {
+
+// No encoder writes more scans than this; each of them costs a pass over the whole picture.
+constexpr int mostScans = 100;
+
+struct Errors {
+    jpeg_error_mgr base{};
+    std::jmp_buf jump{};
+    int warning = 0; // the first one that means damage
+    std::array<char, JMSG_LENGTH_MAX> message{};
+};
+
+struct Progress {
+    jpeg_progress_mgr base{};
+    bool hasTooManyScans = false;
+};
+
+Errors& errorsOf(j_common_ptr info) {
+    return *reinterpret_cast<Errors*>(info->err);
+}
+
+[[noreturn]] void keepError(j_common_ptr info) {
+    info->err->format_message(info, errorsOf(info).message.data());
+    std::longjmp(errorsOf(info).jump, 1);
+}
+
+/// Warnings are where the library reports a file that ends early: it invents the rest. Bytes too many between markers
+/// are harmless, as are odd version numbers.
+void keepWarning(j_common_ptr info, int level) {
+    if (level >= 0) {
+        return;
+    }
+    switch (info->err->msg_code) {
+    case JWRN_JPEG_EOF:
+    case JWRN_HIT_MARKER:
+    case JWRN_HUFF_BAD_CODE:
+    case JWRN_ARITH_BAD_CODE:
+    case JWRN_MUST_RESYNC:
+    case JWRN_BOGUS_PROGRESSION:
+    case JWRN_NOT_SEQUENTIAL:
+        if (errorsOf(info).warning == 0) {
+            errorsOf(info).warning = info->err->msg_code;
+        }
+        break;
+    default:
+        break;
+    }
+}
+
+void countScans(j_common_ptr info) {
+    const auto* decompress = reinterpret_cast<j_decompress_ptr>(info);
+    if (decompress->input_scan_number > mostScans) {
+        reinterpret_cast<Progress*>(info->progress)->hasTooManyScans = true;
+        ERREXIT(info, JERR_BAD_PROGRESSION);
+    }
+}
+
+struct Reader {
+    jpeg_decompress_struct info{};
+    Errors errors;
+    Progress progress;
+
+    Reader() {
+        info.err = jpeg_std_error(&errors.base);
+        errors.base.error_exit = keepError;
+        errors.base.emit_message = keepWarning;
+    }
+    ~Reader() { jpeg_destroy_decompress(&info); }
+    Reader(const Reader&) = delete;
+    Reader& operator=(const Reader&) = delete;
+};
+
+bool openHeader(Reader* reader, const unsigned char* data, std::size_t size) {
+    if (setjmp(reader->errors.jump) != 0) { // NOLINT(cert-err52-cpp): the library's only way to report
+        return false;
+    }
+    jpeg_create_decompress(&reader->info);
+    reader->progress.base.progress_monitor = countScans;
+    reader->info.progress = &reader->progress.base;
+    jpeg_mem_src(&reader->info, data, size);
+    jpeg_save_markers(&reader->info, JPEG_APP0 + 1, 0xffff);
+    jpeg_save_markers(&reader->info, JPEG_APP0 + 2, 0xffff);
+    jpeg_read_header(&reader->info, TRUE);
+    return true;
+}
+
+bool readProfile(Reader* reader, JOCTET** profile, unsigned int* length) {
+    if (setjmp(reader->errors.jump) != 0) { // NOLINT(cert-err52-cpp)
+        return false;
+    }
+    return jpeg_read_icc_profile(&reader->info, profile, length) != 0;
+}
+
+bool startDecoding(Reader* reader) {
+    if (setjmp(reader->errors.jump) != 0) { // NOLINT(cert-err52-cpp)
+        return false;
+    }
+    jpeg_start_decompress(&reader->info);
+    return true;
+}
+
+bool readRows(Reader* reader, unsigned char* to, std::size_t stride) {
+    if (setjmp(reader->errors.jump) != 0) { // NOLINT(cert-err52-cpp)
+        return false;
+    }
+    jpeg_decompress_struct* info = &reader->info;
+    while (info->output_scanline < info->output_height) {
+        JSAMPROW row = to + info->output_scanline * stride;
+        jpeg_read_scanlines(info, &row, 1);
+    }
+    jpeg_finish_decompress(info);
+    return true;
+}
+
+bool hasInks(const Reader& reader) {
+    return reader.info.jpeg_color_space == JCS_CMYK || reader.info.jpeg_color_space == JCS_YCCK;
+}
+
+ColorModel modelOf(const Reader& reader) {
+    if (hasInks(reader)) {
+        return reader.info.saw_Adobe_marker != 0 ? ColorModel::invertedCmyk : ColorModel::cmyk;
+    }
+    return reader.info.jpeg_color_space == JCS_GRAYSCALE ? ColorModel::gray : ColorModel::rgb;
+}
+
+std::span<const std::byte> contentsOf(const jpeg_marker_struct& marker) {
+    return std::as_bytes(std::span(marker.data, marker.data_length));
+}
+
+Orientation orientationOf(const Reader& reader) {
+    for (const jpeg_marker_struct* marker = reader.info.marker_list; marker != nullptr; marker = marker->next) {
+        if (marker->marker == JPEG_APP0 + 1 && startsWith(contentsOf(*marker), {"Exif\0\0", 6})) {
+            return orientationFromExif(contentsOf(*marker));
+        }
+    }
+    return Orientation::upright;
+}
+
+ColorConversion conversionOf(Reader& reader) {
+    JOCTET* profile = nullptr;
+    unsigned int length = 0;
+    if (!readProfile(&reader, &profile, &length)) {
+        return {};
+    }
+    ColorConversion conversion =
+        ColorConversion::fromProfile(std::as_bytes(std::span(profile, length)), modelOf(reader));
+    std::free(profile); // NOLINT: the library allocates it with malloc
+    return conversion;
+}
+
+Failure failureOf(const Reader& reader) {
+    if (reader.progress.hasTooManyScans) {
+        return {"JPEG of more than " + std::to_string(mostScans) + " scans"};
+    }
+    std::string message = reader.errors.message.data();
+    std::transform(message.begin(), message.end(), message.begin(), [](char c) {
+        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : (c < ' ' || c > '~' ? '?' : c);
+    });
+    return {"damaged JPEG (" + message + ")"};
+}
+
+Failure failureOfWarning(int warning) {
+    return {warning == JWRN_JPEG_EOF || warning == JWRN_HIT_MARKER ? "truncated JPEG" : "damaged JPEG"};
+}
+
+/// A picture of several scans is kept whole as coefficients of two bytes; that must not cost more than its pixels may.
+Status checkCoefficients(const Reader& reader, const ImageLimits& limits) {
+    const jpeg_decompress_struct& info = reader.info;
+    if (jpeg_has_multiple_scans(const_cast<j_decompress_ptr>(&info)) == FALSE) { // NOLINT: it only reads
+        return {};
+    }
+    std::uint64_t bytes = 0;
+    for (int i = 0; i < info.num_components; ++i) {
+        const jpeg_component_info& component = info.comp_info[i];
+        bytes += std::uint64_t{component.width_in_blocks} * component.height_in_blocks * DCTSIZE2 * sizeof(JCOEF);
+    }
+    if (bytes > limits.pixels * 4) {
+        return Failure{"progressive JPEG needs " + std::to_string(bytes >> 20) + " MiB, over the limit of " +
+                       std::to_string((limits.pixels * 4) >> 20) + " MiB"};
+    }
+    return {};
+}
+
+Status open(Reader& reader, ByteSpan bytes, const ImageLimits& limits) {
+    if (!openHeader(&reader, asUnsignedChars(bytes), bytes.size())) {
+        return reader.errors.warning == JWRN_JPEG_EOF ? Failure{"truncated JPEG"} : failureOf(reader);
+    }
+    if (reader.errors.warning != 0) {
+        return failureOfWarning(reader.errors.warning);
+    }
+    if (const Status size = checkSize(reader.info.image_width, reader.info.image_height, limits); !size) {
+        return size;
+    }
+    return checkCoefficients(reader, limits);
+}
+
+PixelSize storedSize(const Reader& reader) {
+    return {static_cast<int>(reader.info.image_width), static_cast<int>(reader.info.image_height)};
+}
+
+/// The library reduces by eighths at no cost; the smallest that still has `minimum` is chosen.
+unsigned int eighthsFor(PixelSize stored, PixelSize minimum) {
+    for (unsigned int eighths = 1; eighths < 8; ++eighths) {
+        const auto reduced = [&](int side) { return (static_cast<std::int64_t>(side) * eighths + 7) / 8; };
+        if (reduced(stored.width) >= minimum.width && reduced(stored.height) >= minimum.height) {
+            return eighths;
+        }
+    }
+    return 8;
+}
+
+bool sniff(ByteSpan bytes) {
+    return startsWith(bytes, "\xff\xd8\xff");
+}
+
+Result<ImageHeader> readHeader(ByteSpan bytes, const ImageLimits& limits) {
+    Reader reader;
+    if (const Status opened = open(reader, bytes, limits); !opened) {
+        return Failure{opened.reason()};
+    }
+    return ImageHeader{ImageFormat::jpeg, uprightSize(storedSize(reader), orientationOf(reader)),
+                       /*isKnownOpaque=*/true};
+}
+
+void convertColors(Reader& reader, Bitmap& bitmap) {
+    const ColorConversion conversion = conversionOf(reader);
+    const std::size_t pixels = bitmap.size().area();
+    if (hasInks(reader) && conversion.isIdentity()) {
+        convertInksWithoutProfile(bitmap.bytes().data(), pixels, modelOf(reader) == ColorModel::invertedCmyk);
+    } else {
+        conversion.convert(bitmap.bytes().data(), pixels);
+    }
+}
+
+Result<Bitmap> decode(ByteSpan bytes, PixelSize minimum, const ImageLimits& limits) {
+    Reader reader;
+    if (const Status opened = open(reader, bytes, limits); !opened) {
+        return Failure{opened.reason()};
+    }
+    const Orientation orientation = orientationOf(reader);
+    reader.info.out_color_space = hasInks(reader) ? JCS_CMYK : JCS_EXT_RGBA;
+    if (!minimum.isEmpty()) {
+        reader.info.scale_num = eighthsFor(storedSize(reader), uprightSize(minimum, orientation));
+        reader.info.scale_denom = 8;
+    }
+    if (!startDecoding(&reader)) {
+        return failureOf(reader);
+    }
+    Bitmap bitmap(PixelSize{static_cast<int>(reader.info.output_width), static_cast<int>(reader.info.output_height)});
+    if (!readRows(&reader, bitmap.bytes().data(), bitmap.stride())) {
+        return failureOf(reader);
+    }
+    if (reader.errors.warning != 0) {
+        return failureOfWarning(reader.errors.warning);
+    }
+    convertColors(reader, bitmap);
+    return turnUpright(std::move(bitmap), orientation);
+}
+
+} // namespace
+
+const Codec jpegCodec{ImageFormat::jpeg, "JPEG", sniff, readHeader, decode};
+
+} // namespace quillomat::codecs

@@ -1,0 +1,18 @@
+// Between straight and premultiplied pixels, exactly rounded, a row at a time.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace quillomat::codecs {
+
+/// RGBA in place: each colour becomes colour * alpha / 255, rounded to nearest.
+void premultiply(std::uint8_t* rgba, std::size_t pixels);
+/// RGBA: each colour becomes colour * 255 / alpha, rounded to nearest, at most 255; 0 where alpha is 0.
+void unpremultiply(const std::uint8_t* premultiplied, std::uint8_t* straight, std::size_t pixels);
+/// RGBA to packed RGB; alpha is dropped.
+void dropAlpha(const std::uint8_t* rgba, std::uint8_t* rgb, std::size_t pixels);
+/// Whether every alpha is 255.
+[[nodiscard]] bool allOpaque(const std::uint8_t* rgba, std::size_t pixels);
+
+} // namespace quillomat::codecs
