@@ -12,8 +12,8 @@ namespace quillomat {
 
 class ImageView final : public View {
 public:
-    ImageView() = default;
-    explicit ImageView(Image image) : image_(std::move(image)) {}
+    ImageView() { userInteractionEnabled = false; } // pictures let touches through unless told otherwise
+    explicit ImageView(Image image) : ImageView() { image_ = std::move(image); }
     [[nodiscard]] std::string className() const override { return "UIImageView"; }
     [[nodiscard]] const Image& image() const { return image_; }
     void setImage(Image image) { image_ = std::move(image); }
@@ -32,6 +32,7 @@ enum class TextAlignment { left, center };
 
 class Label final : public View {
 public:
+    Label() { userInteractionEnabled = false; }
     [[nodiscard]] std::string className() const override { return "UILabel"; }
     std::string text;
     Font font;
@@ -57,6 +58,7 @@ public:
     using Action = std::function<void(Button&)>;
 
     [[nodiscard]] std::string className() const override { return "UIButton"; }
+    /// The title for a state; the normal one where that state has none of its own.
     [[nodiscard]] std::string title(ControlState state = ControlState::normal) const;
     void setTitle(std::string title, ControlState state = ControlState::normal) { titles_[state] = std::move(title); }
     void setAction(Action touchUpInside) { action_ = std::move(touchUpInside); }
@@ -73,7 +75,9 @@ private:
 
 class ScrollView final : public View {
 public:
+    ScrollView() { masksToBounds = true; }
     [[nodiscard]] std::string className() const override { return "UIScrollView"; }
+    [[nodiscard]] Point scrollOffset() const override { return contentOffset; }
     Size contentSize;
     Point contentOffset;
     bool canCancelContentTouches = true;
@@ -95,9 +99,11 @@ public:
     Insets layoutMargins;
     bool layoutMarginsRelativeArrangement = false;
 
+    /// Adds it as the last of the column, and as a subview.
     void addArrangedSubview(const std::shared_ptr<View>& view, Size requiredSize);
     [[nodiscard]] const std::vector<std::shared_ptr<View>>& arrangedSubviews() const { return arranged_; }
-    /// Gives every arranged subview its frame, and itself the size that holds them all.
+    /// Gives every arranged subview its frame, and itself the size that holds them all. Subviews that have left are
+    /// forgotten; distributed equally, all get the height of the tallest; negative sizes count as 0.
     void layout();
 
 private:

@@ -44,17 +44,19 @@ public:
     [[nodiscard]] AffineTransform transform() const { return transform_.affine(); }
     void setTransform(const AffineTransform& transform);
 
-    /// The bounding box of the transformed bounds, in the superview. Exactly the box last given to `fitToBox` or
-    /// `moveBoundingBox` while nothing else touched the geometry.
+    /// The bounding box of the transformed bounds, in the superview; of a warped view, that of its corners in front of
+    /// the viewer. Exactly the box last given to `fitToBox` or `moveBoundingBox` while nothing else touched the
+    /// geometry.
     [[nodiscard]] Rect frame() const;
-    /// Bounds size and position of an untransformed view. On a transformed view it still sets bounds size and position
-    /// as if there were no transform; warped views are placed by the two operations below.
+    /// Bounds size and position of an untransformed view, whose frame it then is exactly. On a transformed view it
+    /// still sets bounds size and position as if there were no transform; warped views are placed by the two operations
+    /// below.
     void setFrame(const Rect& frame);
     /// Bounds size and anchored position from `box`, then the transform: the transformed corners are the caller's
     /// business, `box` is their bounding box and is kept as the frame exactly.
     void fitToBox(const Rect& box, const Transform3D& transform);
     /// Moves and stretches the view as it stands transformed, so that its bounding box becomes `box`; the bounds stay.
-    /// A view whose box has no extent on an axis is moved only.
+    /// A view whose box has no extent on an axis is only moved along it.
     void moveBoundingBox(const Rect& box);
 
     // Layer ---------------------------------------------------------------------------------------------------------
@@ -73,7 +75,12 @@ public:
     int tag = 0;
     std::string accessibilityIdentifier;
     std::vector<std::shared_ptr<GestureRecognizer>> gestureRecognizers;
-    void addGestureRecognizer(std::shared_ptr<GestureRecognizer> recognizer);
+    /// A recogniser stands on one view: it leaves its former one.
+    void addGestureRecognizer(const std::shared_ptr<GestureRecognizer>& recognizer);
+    /// Whether touches reach it: interaction is enabled and nothing is hidden, here and everywhere above.
+    [[nodiscard]] bool takesInteraction() const;
+    /// How far the subviews are scrolled up and to the left inside the bounds.
+    [[nodiscard]] virtual Point scrollOffset() const { return {}; }
 
     // Hierarchy -----------------------------------------------------------------------------------------------------
     [[nodiscard]] std::shared_ptr<View> superview() const { return superview_.lock(); }
@@ -88,11 +95,13 @@ public:
     [[nodiscard]] std::string description() const;
 
 private:
+    void place(const Rect& frame);
+
     Rect bounds_;
     Point position_;
     Point anchorPoint_{0.5, 0.5};
     Transform3D transform_;
-    std::optional<Rect> box_; // the exact frame of a fitted view
+    std::optional<Rect> box_; // the frame exactly as it was given
     std::weak_ptr<View> superview_;
     std::vector<std::shared_ptr<View>> subviews_;
 };

@@ -52,8 +52,8 @@ public:
     [[nodiscard]] Storyboard& storyboard() const { return storyboard_; }
 
     // Presenting ----------------------------------------------------------------------------------------------------
-    // At most one thing is presented at a time. What is presented while another stands or leaves waits in line and comes
-    // up when that has gone. Stale answers (of what is no longer presented, or is already leaving) are ignored.
+    // At most one thing is presented at a time. What is presented while another stands or leaves waits in line and
+    // comes up when that has gone. Stale answers (of what is no longer presented, or is already leaving) are ignored.
 
     void present(std::shared_ptr<Presentation> presentation);
     /// Starts the dismissal of what is presented; `completion` runs when it has gone, at once when there is nothing.
@@ -61,17 +61,22 @@ public:
     /// What stands in front, leaving or not; null when nothing does.
     [[nodiscard]] const std::shared_ptr<Presentation>& presented() const { return presented_; }
     [[nodiscard]] bool isDismissing() const { return dismissing_; }
+    /// Called after every change of what is presented (came up, began to leave, has gone), for a host to mirror.
+    std::function<void()> presentationChanged;
 
     // A host's reports ----------------------------------------------------------------------------------------------
     /// The user chose an action of the presented alert: its dismissal starts, and its handler runs when that has
     /// completed. `text` fills the first text field.
     void answerAlert(PresentationId id, std::size_t actionIndex, const std::string& text = {});
-    /// The user picked; the delegate decides what is dismissed. A picker delivers once.
+    /// The user picked; the delegate decides what is dismissed. A picker delivers once; one whose delegate is gone is
+    /// dismissed.
     void answerImagePicker(PresentationId id, const PickedMedia& media);
+    /// The user picked: a document picker leaves by itself, before its delegate is told.
     void answerDocumentPicker(PresentationId id, const std::string& path);
     /// The user turned the picker away; the platform dismisses it, the delegate hears nothing.
     void cancelPicker(PresentationId id);
-    /// The dismissal's animation has ended: completions and handlers run now, in order.
+    /// The dismissal's animation has ended: completions and handlers run now, in order, before the next in line comes
+    /// up.
     void dismissalEnded(PresentationId id);
 
 protected:
@@ -81,6 +86,12 @@ protected:
 
 private:
     friend class NavigationController;
+
+    [[nodiscard]] bool standsFirmly(PresentationId id) const;
+    void startDismissal();
+    void bringUp(std::shared_ptr<Presentation> presentation);
+    void abandonPresentations();
+    void reportChange() const;
 
     Platform& platform_;
     Storyboard& storyboard_;
