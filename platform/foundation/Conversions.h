@@ -11,10 +11,12 @@ namespace quillomat {
 
 /// Text: leading white space, an optional sign, then digits; saturates at 32 bits; 0 when no digits come first.
 [[nodiscard]] std::int32_t intValue(std::string_view text);
-/// Numbers drop their fraction and saturate (NaN reads 0); text as above; booleans read 0 or 1; everything else reads 0.
+/// Numbers drop their fraction and saturate (NaN reads 0); text as above; booleans read 0 or 1; everything else reads
+/// 0.
 [[nodiscard]] std::int32_t intValue(const Value& value);
 
-/// Text: leading white space, then a decimal number with optional fraction and exponent; 0 when there is none.
+/// Text: leading white space, then a decimal number with optional sign, fraction and exponent; 0 when there is none.
+/// Too large numbers saturate, so what comes out is finite always.
 [[nodiscard]] float floatValue(std::string_view text);
 [[nodiscard]] float floatValue(const Value& value);
 
@@ -26,6 +28,10 @@ namespace quillomat {
 /// The text of a value where a format has "%@": strings as they are, numbers as decimal text, booleans as 1 and 0, a
 /// missing value "(null)", a JSON null "<null>", containers in a readable one-line JSON form.
 [[nodiscard]] std::string describe(const Value& value);
+
+/// A number as decimal text: the shortest one that reads back as the same number, without a fraction when it has none
+/// (12, 0.1, -0.5), with an exponent only where the digits alone would be unreadable.
+[[nodiscard]] std::string numberText(double number);
 
 /// `text` with every occurrence of `what` (not empty) replaced, left to right, without looking at the result again.
 [[nodiscard]] std::string replaceAll(std::string_view text, std::string_view what, std::string_view with);
