@@ -33,9 +33,7 @@ struct Rect {
     [[nodiscard]] constexpr double minY() const { return origin.y; }
     [[nodiscard]] constexpr double maxX() const { return origin.x + size.width; }
     [[nodiscard]] constexpr double maxY() const { return origin.y + size.height; }
-    [[nodiscard]] constexpr Point center() const {
-        return {origin.x + size.width / 2, origin.y + size.height / 2};
-    }
+    [[nodiscard]] constexpr Point center() const { return {origin.x + size.width / 2, origin.y + size.height / 2}; }
     [[nodiscard]] constexpr bool isEmpty() const { return !(size.width > 0 && size.height > 0); }
 };
 
