@@ -84,7 +84,7 @@ class Slab:
         colours = metal(self.colour, middle @ camera.rotation.T, satin)
         pa, pb = camera.points(a), camera.points(b)
         c = canvas.context
-        c.set_line_width(0.8)
+        c.set_line_width(min(0.8, 0.06 * camera.scale))  # hides the seams between neighbours
         for k in np.nonzero(visible)[0]:
             n = (k + 1) % len(pa)
             c.move_to(*pa[k])
@@ -115,30 +115,34 @@ class Phone:
     def outlines(self, camera):
         return self.body.silhouette(camera)
 
-    def shadow(self, canvas, camera, light=1.0):
-        k = camera.scale
+    def shadow(self, canvas, camera, reach=1.0):
+        k = camera.scale * reach
         for dx, dy, blur, strength in ((1.2, 2.6, 2.2, 0.34), (3.6, 8.5, 9.0, 0.30), (6.0, 15.0, 17.0, 0.20)):
             moved = [o + np.array([dx * k, dy * k]) for o in self.outlines(camera)]
-            canvas.shadow(moved, blur * k, strength * light)
+            canvas.shadow(moved, blur * k, strength)
 
     def draw(self, canvas, camera):
         """Draws the phone and cuts its hole; returns the Screen."""
         screen = self.screen(camera)
-        self._buttons(canvas, camera)
+        self._buttons(canvas, camera, in_front=False)
         self.body.draw(canvas, camera)
+        self._buttons(canvas, camera, in_front=True)
         self._glass(canvas, camera)
         canvas.cut(screen.outline(1.0))
         self._camera(canvas, camera)
         return screen
 
-    def _buttons(self, canvas, camera):
-        left, right = -self.body.width / 2, self.body.width / 2
-        for x, y, length in ((right, -28, 20), (left, -34, 11), (left, -20, 11)):
+    def _buttons(self, canvas, camera, in_front):
+        """The keys on the two long sides: on a side that shows, they lie over the body; else behind it."""
+        half = self.body.width / 2
+        for side, y, length in ((1, -28, 20), (-1, -34, 11), (-1, -20, 11)):
             z = -self.body.thickness / 2
-            button = Slab(1.3, length, 0.62, 3.0, 0.5, mix(self.colour, (0, 0, 0), 0.12))
-            button.rim = button.rim + np.array([x, y])
-            shifted = _Shifted(camera, z + 1.5)
-            button.draw(canvas, shifted)
+            shows = camera.faces_viewer(np.array([[side * half, y, z]]), np.array([[side, 0.0, 0.0]]))[0]
+            if shows != in_front:
+                continue
+            button = Slab(1.3, length, 0.62, 3.0, 0.6, mix(self.colour, (0, 0, 0), 0.10))
+            button.rim = button.rim + np.array([side * half, y])
+            button.draw(canvas, _Shifted(camera, z + 1.5))
 
     def _glass(self, canvas, camera):
         b = self.body

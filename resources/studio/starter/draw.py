@@ -89,8 +89,8 @@ def draw_frames(resources):
     graphite = frames.upright('phone-graphite.png', (3000, 3000), 'graphite').add_glare()
     silver = frames.upright('phone-silver.png', (3000, 3000), 'silver').add_glare()
     sand = frames.upright('phone-sand.png', (3000, 3000), 'sand').add_glare()
-    tilted = frames.tilted('phone-tilted.png', (3000, 3000), 'graphite').add_glare()
-    tall = frames.close_up('phone-close-up.png', (2400, 3600), 'blue')
+    tilted = frames.tilted('phone-tilted.png', (3000, 3000), 'silver').add_glare()
+    tall = frames.close_up('phone-close-up.png', (2700, 3600), 'blue')
     pair = frames.duo('phones-crossed.png', (3000, 3000), 'silver', 'graphite')
     desk = frames.display('display-front.png', (3000, 2400), 'silver').add_glare(0.09)
 
@@ -115,7 +115,7 @@ def draw_frames(resources):
          'row-perspective.png', ['phone-tilted.png']),
         ('Two sizes', 'One frame for the web and, large, for print.', '1500 and 3000',
          'row-sizes.png', ['phone-sand.png', 'phone-sand-large.png']),
-        ('Close up', 'A tall canvas that the phone nearly fills.', '2400 × 3600',
+        ('Close up', 'A tall canvas that the phone nearly fills.', '2700 × 3600',
          'row-close-up.png', ['phone-close-up.png']),
         ('Pairs', 'Two phones, two screenshots, one shadow over the other.', '3000 × 3000',
          'row-pairs.png', ['phones-crossed.png']),
@@ -133,7 +133,7 @@ def draw_fixtures(folder):
     tilt = frames.tilted('tilted.png', (480, 480), 'silver')
     two = frames.duo('duo.png', (520, 480), 'silver', 'graphite')
     pair = frames.upright('pair.png', (480, 480), 'sand')
-    tall = frames.close_up('tall.png', (1800, 3240), 'blue')
+    tall = frames.close_up('tall.png', (1800, 3360), 'blue')
     square = frames.display('square.png', (500, 400), 'silver')
     small = frames.upright('small-frame.png', (400, 440), 'white')
     small.rectangle = (400, 440)
@@ -150,7 +150,7 @@ def draw_fixtures(folder):
     save_png(images / 'row-imported.png', samples.imported_preview(95))
     rows = [
         ('Phones', 'One screen', '480 × 480', 'row-phones.png',
-         ['upright.png', 'tilted.png', 'pair-large.png', 'tall.png', 'small-frame.png']),
+         ['upright.png', 'tilted.png', 'pair.png', 'pair-large.png', 'tall.png', 'small-frame.png']),
         ('Scenes', 'Two screens, and square corners', '520 × 480', 'row-phones.png', ['duo.png', 'square.png']),
         ('Imported', 'Frames of your own', '', 'row-imported.png', []),
     ]

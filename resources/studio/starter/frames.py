@@ -85,25 +85,26 @@ def level_camera(centre, scale, yaw, pitch, distance, rolls):
     return Camera(centre, scale, yaw, pitch, float(roll), distance)
 
 
-def phone_frame(name, size, camera, colour, light=1.0):
+def phone_frame(name, size, camera, colour, reach=1.0):
     canvas = Canvas(*size)
     phone = Phone(colour)
-    phone.shadow(canvas, camera, light)
+    phone.shadow(canvas, camera, reach)
     return Frame(name, canvas, [phone.draw(canvas, camera)])
 
 
-def upright(name, size, colour, fill=0.817, lift=0.01):
+def upright(name, size, colour, fill=0.817, lift=0.01, reach=1.0):
     """A phone front on, in the middle; `fill` is its share of the canvas's height."""
     width, height = size
     scale = fill * height / (Phone(colour).body.height)
-    return phone_frame(name, size, Camera((width / 2, height * (0.5 - lift)), scale), colour)
+    return phone_frame(name, size, Camera((width / 2, height * (0.5 - lift)), scale), colour, reach)
 
 
-def tilted(name, size, colour, fill=0.85):
+def tilted(name, size, colour, fill=0.88):
+    """A phone turned and leaning, seen from close by."""
     width, height = size
-    scale = fill * height / 168
-    camera = level_camera((width * 0.485, height * 0.495), scale, 37, 14, 330, (4, 24))
-    return phone_frame(name, size, camera, colour)
+    scale = fill * height / 166
+    camera = level_camera((width * 0.522, height * 0.489), scale, 34, 19, 400, (6, 30))
+    return phone_frame(name, size, camera, colour, 0.85)
 
 
 def duo(name, size, left, right):
@@ -130,5 +131,9 @@ def display(name, size, colour):
 
 
 def close_up(name, size, colour):
-    """A very large phone: its screen box is taller than 2731 pixels."""
-    return upright(name, size, colour, fill=0.90, lift=0.006)
+    """A very large phone: its screen box is 2731 pixels tall or more, where the composition flattens
+    the screen at half size, and whatever the warped screen leaves of its box turns black. Front on,
+    it leaves nothing but what the bezel covers."""
+    frame = upright(name, size, colour, fill=0.86, lift=0.01, reach=0.62)
+    assert frame.screens[0].box[3] >= 2731
+    return frame
