@@ -1,0 +1,170 @@
+// Turns the warped first screen into a flat picture of its bounding box, and views into pictures.
+#include "editor/EditingViewController.h"
+
+#include "platform/views/Drawing.h"
+#include "platform/views/Platform.h"
+
+#include <cmath>
+#include <cstdio>
+#include <limits>
+
+namespace quillomat {
+
+namespace {
+
+constexpr std::int32_t tallestAtFullSize = 2730;
+
+std::string fixedPoint(double number) {
+    char text[400]; // the largest double has 309 digits before the point
+    const int length = std::snprintf(text, sizeof text, "%f", number);
+    return {text, static_cast<std::size_t>(length)};
+}
+
+// Moves a view's bounding box, warped or not.
+void setBoundingBox(View& view, const Rect& box) {
+    if (view.layerTransform() == Transform3D())
+        view.setFrame(box);
+    else
+        view.moveBoundingBox(box);
+}
+
+// The largest of two by sign, not by magnitude: two negative numbers are never nearly equal unless they are equal.
+bool nearlyEqual(float a, float b) {
+    const float larger = a > b ? a : b;
+    return a == b || std::fabs(a - b) < std::numeric_limits<float>::epsilon() * larger;
+}
+
+std::string valueLine(const char* name, std::int32_t value) {
+    return std::string(name) + " " + std::to_string(value);
+}
+
+} // namespace
+
+void EditingViewController::resetTransformedImageView() {
+    if (!contentView_)
+        return;
+    const Rect former = contentView_->frame();
+    if (truncatedInteger(former.size.height) > tallestAtFullSize) {
+        resetTransformedImageViewOverAmount();
+        return;
+    }
+    contexts_.begin(former.size, platform().screen.scale);
+    if (contexts_.current().pixelSize().isEmpty())
+        noteProblem("screen 1 of " + stringFromSize(former.size) + " pixels cannot be drawn");
+    setBoundingBox(*contentView_, {{0, 0}, former.size});
+    const Size size = contentView_->frame().size;
+    log("Width of screenshotView " + fixedPoint(size.width));
+    log("Height of screenshotView " + fixedPoint(size.height));
+    const auto holder = std::make_shared<View>(Rect{{0, 0}, size});
+    holder->addSubview(contentView_);
+    log("Vantrel : drawViewHierarchyInRect");
+    const bool drawn = drawViewHierarchy(*holder, holder->bounds(), contexts_.current());
+    log(drawn ? "::::Vantrel : drawViewHierarchyInRect finished and it was a success"
+              : "::::Vantrel : drawViewHierarchyInRect finished and failed");
+    const auto flat = std::make_shared<ImageView>(contexts_.imageFromCurrent());
+    contexts_.end();
+    flat->setFrame({{std::trunc(former.origin.x), std::trunc(former.origin.y)}, size});
+    contentView_ = flat;
+}
+
+/// At half size, to be enlarged when drawn; where the warped screen leaves the half-size box uncovered it is black.
+void EditingViewController::resetTransformedImageViewOverAmount() {
+    log("RESET OVER A BUNCH");
+    if (!contentView_)
+        return;
+    const Rect former = contentView_->frame();
+    const auto halfWidth = static_cast<double>(static_cast<float>(former.size.width * 0.5));
+    const auto halfHeight = static_cast<double>(static_cast<float>(former.size.height * 0.5));
+    const Rect half = makeRect(0, 0, halfWidth, halfHeight);
+    setBoundingBox(*contentView_, half);
+    log("IMAGE " + stringFromRect(contentView_->frame()));
+    const float movedY = static_cast<float>(contentView_->frame().origin.y);
+    logHalvingDifferences(former, contentView_->frame());
+
+    const Size size = contentView_->frame().size;
+    const auto moveable = std::make_shared<View>(Rect{{0, static_cast<double>(-movedY)}, size});
+    log("moveableview " + stringFromRect(moveable->frame()));
+    moveable->backgroundColor = Color::black();
+    setBoundingBox(*contentView_, half);
+    moveable->addSubview(contentView_);
+    const auto holder = std::make_shared<View>(Rect{{0, 0}, contentView_->frame().size});
+    holder->addSubview(moveable);
+
+    contexts_.begin(holder->bounds().size, platform().screen.scale);
+    if (contexts_.current().pixelSize().isEmpty())
+        noteProblem("screen 1 of " + stringFromSize(former.size) + " pixels cannot be drawn");
+    drawViewHierarchy(*holder, holder->bounds(), contexts_.current());
+    const auto flat = std::make_shared<ImageView>(contexts_.imageFromCurrent());
+    contexts_.end();
+    flat->setFrame({{std::trunc(former.origin.x), std::trunc(former.origin.y)}, contentView_->frame().size});
+    contentView_ = flat;
+}
+
+/// How far halving the box missed half of it. Only ever logged.
+void EditingViewController::logHalvingDifferences(const Rect& former, const Rect& now) const {
+    const auto x = static_cast<float>(former.origin.x);
+    const auto y = static_cast<float>(former.origin.y);
+    const auto width = static_cast<float>(former.size.width);
+    const auto height = static_cast<float>(former.size.height);
+    const auto nowY = static_cast<float>(now.origin.y);
+    const auto nowWidth = static_cast<float>(now.size.width);
+
+    const std::int32_t moveX = truncatedInteger(static_cast<double>(x) - now.origin.x);
+    std::int32_t moveFrameX = nearlyEqual(x * 0.5F, static_cast<float>(now.origin.x)) ? 0 : moveX;
+    if (x * 0.5F != static_cast<float>(std::trunc(now.origin.x)))
+        moveFrameX = moveX;
+
+    const std::int32_t moveY = truncatedInteger(static_cast<double>(y - nowY));
+    std::int32_t moveFrameY = nearlyEqual(y * 0.5F, nowY) ? 0 : moveY;
+    if (y * 0.5F != static_cast<float>(std::trunc(now.origin.y)))
+        moveFrameY = moveY;
+
+    // Both tests look at the widths, the height's too.
+    const bool halved = nearlyEqual(width * 0.5F, nowWidth);
+    log(valueLine("WIDTH", halved ? 0 : truncatedInteger(static_cast<double>(width - nowWidth))));
+    log(valueLine("Height",
+                  halved ? 0 : truncatedInteger(static_cast<double>(height - static_cast<float>(now.size.height)))));
+    log(valueLine("MoveFrameY", moveFrameY));
+    log(valueLine("MoveFrameX", moveFrameX));
+}
+
+void EditingViewController::drawerNewScreenImage(std::int32_t x, std::int32_t y, std::int32_t width,
+                                                 std::int32_t height) {
+    if (!contentView_)
+        return;
+    setBoundingBox(*contentView_, {{0, 0}, contentView_->frame().size});
+    const Image picture = imageFromView(contentView_);
+    if (!picture || contexts_.isEmpty())
+        return;
+    contexts_.current().drawImage(picture, makeRect(x, y, width, height));
+}
+
+/// The view as it stands about its own centre, on a canvas of its bounds' size at the screen's scale.
+Image EditingViewController::imageFromView(const std::shared_ptr<View>& view) {
+    const Size size = view ? view->bounds().size : Size{};
+    log("SIZE " + stringFromSize(size));
+    contexts_.begin(size, platform().screen.scale);
+    if (view) {
+        BitmapContext& context = contexts_.current();
+        context.saveGState();
+        context.translateCTM(view->center().x, view->center().y);
+        context.concatCTM(view->transform());
+        context.translateCTM(-size.width * view->anchorPoint().x, -size.height * view->anchorPoint().y);
+        renderInContext(*view, context);
+        context.restoreGState();
+    }
+    Image picture = contexts_.imageFromCurrent();
+    contexts_.end();
+    return picture;
+}
+
+/// A developer's aid that nothing in the program calls; the preview goes away with the editor.
+void EditingViewController::showTestImage(const Image& picture) {
+    const auto preview = std::make_shared<ImageView>(picture);
+    preview->setFrame({{-1000, -1000}, definition().canvasSize()});
+    preview->setTransform(AffineTransform::scale(0.1, 0.1));
+    preview->backgroundColor = Color::pureRed();
+    view()->addSubview(preview);
+}
+
+} // namespace quillomat
