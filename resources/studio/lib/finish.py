@@ -50,7 +50,7 @@ def shadow_alpha(shadow, size, strength):
     alpha = 1 - (1 - np.clip(alpha, 0, 1)) ** (strength / 2.2)
     width, height = size
     # The room's own dimness reaches far around the subject; only what reads as its shadow is kept.
-    alpha = alpha * smoothstep(0.0, 0.16, alpha - 0.012)
+    alpha = alpha * smoothstep(0.0, 0.11, alpha - 0.012)
     xs = np.minimum(np.arange(width) + 0.5, width - np.arange(width) - 0.5) / (0.12 * width)
     ys = np.minimum(np.arange(height) + 0.5, height - np.arange(height) - 0.5) / (0.12 * height)
     fade = np.minimum.outer(np.clip(ys, 0, 1), np.ones(width)) * np.clip(xs, 0, 1)[None, :]

@@ -210,15 +210,16 @@ def back_of_phone(item, matrix, name):
     turn = np.diag([-1.0, 1, -1, 1])
     turn[2, 3] = -depth
     slab(name + "-panel", (w - 2.2, h - 2.2), radius - 1.1, 0.5, panel, matrix @ turn, bevel=0.3, centre=(0, 0, 0.12), steps=4)
-    island = (x + 20, h / 2 - 20)
-    slab(name + "-island", (31, 31), 9.5, 1.6, panel, matrix @ turn, bevel=0.7, centre=(*island, 1.5), steps=6)
+    island = (x + 18, h / 2 - 27)
+    slab(name + "-island", (23, 43), 11.4, 1.6, panel, matrix @ turn, bevel=0.8, centre=(*island, 1.5), steps=6)
     lens = material("back-lens", (0.004, 0.005, 0.008), 0, 0.04, 0.9)
-    for dx, dy in ((-7, 7), (-7, -7), (7.2, 0)):
-        cx, cy = island[0] + dx, island[1] + dy
-        tube(f"{name}-ring{dx}{dy}", ((cx, cy, 1.0), (cx, cy, 2.6)), 5.9, look, matrix @ turn, sides=56)
-        tube(f"{name}-lens{dx}{dy}", ((cx, cy, 1.0), (cx, cy, 2.68)), 4.9, lens, matrix @ turn, sides=56)
+    for dy in (10.2, -10.2):
+        cx, cy = island[0], island[1] + dy
+        tube(f"{name}-ring{dy}", ((cx, cy, 1.0), (cx, cy, 2.5)), 8.2, look, matrix @ turn, sides=64)
+        tube(f"{name}-rim{dy}", ((cx, cy, 1.0), (cx, cy, 2.56)), 7.2, black_glass(), matrix @ turn, sides=64)
+        tube(f"{name}-lens{dy}", ((cx, cy, 1.0), (cx, cy, 2.60)), 3.6, lens, matrix @ turn, sides=48)
     lamp = material("lamp", (0.75, 0.7, 0.55), 0, 0.25)
-    tube(name + "-lamp", ((island[0] + 7.2, island[1] + 10, 1.0), (island[0] + 7.2, island[1] + 10, 1.62)), 1.9, lamp, matrix @ turn)
+    tube(name + "-lamp", ((island[0] + 17, island[1] + 10, 0.1), (island[0] + 17, island[1] + 10, 0.25)), 2.4, lamp, matrix @ turn)
 
 
 def laptop(item, matrix, name, base):

@@ -18,15 +18,15 @@ METALS = {
 class Screen:
     """One screen area: its integer quad on the canvas, and the hole that belongs to it."""
 
-    def __init__(self, camera, width, height, radius, centre=(0.0, 0.0)):
-        cx, cy = centre
+    def __init__(self, camera, width, height, radius, grid=1):
+        """`grid` 2 puts the corners on even pixels, for a frame that is also used at half its size."""
         half = np.array([(-width / 2, -height / 2), (width / 2, -height / 2),
-                         (-width / 2, height / 2), (width / 2, height / 2)]) + np.array([cx, cy])
-        self.quad = [tuple(int(math.floor(v + 0.5)) for v in p) for p in camera.flat(half)]
+                         (-width / 2, height / 2), (width / 2, height / 2)])
+        self.quad = [tuple(grid * int(math.floor(v / grid + 0.5)) for v in p) for p in camera.flat(half)]
         xs, ys = [p[0] for p in self.quad], [p[1] for p in self.quad]
         self.box = (min(xs), min(ys), max(xs) - min(xs), max(ys) - min(ys))
         self.aspect_error = (self.box[2] / width) / (self.box[3] / height) - 1
-        self.radius = int(round(radius * 0.5 * (self.box[2] / width + self.box[3] / height)))
+        self.radius = grid * int(round(radius * 0.5 * (self.box[2] / width + self.box[3] / height) / grid))
         w, h = self.box[2], self.box[3]
         self.matrix = homography([(0, 0), (w, 0), (0, h), (w, h)], self.quad)
 
@@ -103,14 +103,15 @@ class Phone:
     SCREEN_W, SCREEN_H, SCREEN_R = 66.0, 143.05, 9.0
     BEZEL, LIP = 1.9, 1.35
 
-    def __init__(self, colour):
+    def __init__(self, colour, grid=1, inset=1.0):
+        self.grid, self.inset = grid, inset
         border = 2 * (self.BEZEL + self.LIP)
         self.colour = METALS[colour]
         self.body = Slab(self.SCREEN_W + border, self.SCREEN_H + border,
                          self.SCREEN_R + self.BEZEL + self.LIP + 1.8, 7.8, self.LIP, self.colour)
 
     def screen(self, camera):
-        return Screen(camera, self.SCREEN_W, self.SCREEN_H, self.SCREEN_R)
+        return Screen(camera, self.SCREEN_W, self.SCREEN_H, self.SCREEN_R, self.grid)
 
     def outlines(self, camera):
         return self.body.silhouette(camera)
@@ -128,7 +129,7 @@ class Phone:
         self.body.draw(canvas, camera)
         self._buttons(canvas, camera, in_front=True)
         self._glass(canvas, camera)
-        canvas.cut(screen.outline(1.0))
+        canvas.cut(screen.outline(self.inset))
         self._camera(canvas, camera)
         return screen
 

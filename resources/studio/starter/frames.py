@@ -85,18 +85,18 @@ def level_camera(centre, scale, yaw, pitch, distance, rolls):
     return Camera(centre, scale, yaw, pitch, float(roll), distance)
 
 
-def phone_frame(name, size, camera, colour, reach=1.0):
+def phone_frame(name, size, camera, phone, reach=1.0):
     canvas = Canvas(*size)
-    phone = Phone(colour)
     phone.shadow(canvas, camera, reach)
     return Frame(name, canvas, [phone.draw(canvas, camera)])
 
 
-def upright(name, size, colour, fill=0.817, lift=0.01, reach=1.0):
+def upright(name, size, colour, fill=0.817, lift=0.01, reach=1.0, grid=1):
     """A phone front on, in the middle; `fill` is its share of the canvas's height."""
     width, height = size
-    scale = fill * height / (Phone(colour).body.height)
-    return phone_frame(name, size, Camera((width / 2, height * (0.5 - lift)), scale), colour, reach)
+    phone = Phone(colour, grid, inset=float(grid))
+    scale = fill * height / phone.body.height
+    return phone_frame(name, size, Camera((width / 2, height * (0.5 - lift)), scale), phone, reach)
 
 
 def tilted(name, size, colour, fill=0.88):
@@ -104,7 +104,8 @@ def tilted(name, size, colour, fill=0.88):
     width, height = size
     scale = fill * height / 166
     camera = level_camera((width * 0.522, height * 0.489), scale, 34, 19, 400, (6, 30))
-    return phone_frame(name, size, camera, colour, 0.85)
+    # The far edge shrinks: one and a half pixels of the box are still one pixel there.
+    return phone_frame(name, size, camera, Phone(colour, inset=1.5), 0.85)
 
 
 def duo(name, size, left, right):

@@ -306,8 +306,6 @@ def studio_screen():
     ink, paper, leaf = rgb('#1d2a26'), rgb('#f7f6f1'), rgb('#2f7d5b')
     page.box(0, 0, w, h, 0.01, paper)
     page.box(0, 0, 220, h, 0.01, rgb('#eceae2'))
-    for k, colour in enumerate(('#e2705f', '#e6b34f', '#6db36b')):
-        page.disc(26 + 20 * k, 28, 6, rgb(colour))
     page.text(24, 84, 'Hedgerow', 21, ink, 'Bold')
     for k, item in enumerate(('This week', 'Beds', 'Seeds', 'Watering', 'Harvest', 'Notes')):
         y = 126 + 42 * k
