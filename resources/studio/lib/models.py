@@ -282,18 +282,19 @@ def television(item, matrix, name, base):
 
 def strap(name, side, width, look, matrix, case):
     """One half of a watch band: a soft cross-section swept along a curve that closes behind the wrist."""
-    start = case / 2 - 3.2
-    radius_y, radius_z = 30.0, 27.0
+    # Around a wrist of 54 x 52 mm: from under the case to the middle of the far side.
+    radius_y, radius_z, middle = 27.0, 26.0, -25.0
+    first = math.asin((case / 2 - 3.2) / radius_y)
     path = []
-    for k in range(41):
-        angle = math.radians(8 + 160 * k / 40)
-        path.append((side * (start - 4 + radius_y * math.sin(angle) * 0.62 + 3 * math.sin(angle / 2)), -6.2 - radius_z * (1 - math.cos(angle)) * 1.02))
+    for k in range(61):
+        angle = first + (math.pi - first) * k / 60
+        path.append((side * radius_y * math.sin(angle), middle + radius_z * math.cos(angle)))
     path = np.array(path)
     tangent = np.gradient(path, axis=0)
     tangent /= np.linalg.norm(tangent, axis=1)[:, None]
     thick, rings = 2.4, []
     for k, ((y, z), (ty, tz)) in enumerate(zip(path, tangent)):
-        across = width * (1 - 0.10 * min(k / 12, 1))
+        across = width * (1 - 0.10 * min(k / 18, 1))
         section = outline(across, thick, 1.1, 0, 5)
         normal = np.array((-tz, ty)) * side
         ring = [(px, y + normal[0] * pz, z + normal[1] * pz) for px, pz in section]

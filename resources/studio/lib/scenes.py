@@ -1,5 +1,4 @@
 """Reads a scene description and says where its devices, camera and screens are."""
-import math
 import os
 import tomllib
 
@@ -76,7 +75,7 @@ class Stage:
         if kind == "display":
             points.append(apply(base, [(x, y, 0) for x in (-95, 95) for y in (-75, 85)]))
         if kind == "watch":
-            points.append(apply(screen_pose, [(0, y, -z) for y in (-37, 37) for z in (0, 40)]))
+            points.append(apply(screen_pose, [(0, y, -z) for y in (-27, 27) for z in (0, 51)]))
         if kind == "television":
             points.append(apply(screen_pose, [(x, -460, 0) for x in (-380, 380)]))
         return np.concatenate(points)
@@ -104,7 +103,3 @@ class Stage:
             device = DEVICES[item["kind"]]
             result.append(Screen(self.quad(number), device["screen"], device["radius"]))
         return result
-
-
-def finite(value):
-    return math.isfinite(value)

@@ -203,10 +203,10 @@ def background(width=3000, height=2000):
     page = Page(width, height, 1)
     page.box(0, 0, width, height, 0.01, linear(0, 0, 0, height, [
         (0, rgb('#26365a')), (0.28, rgb('#6a6791')), (0.46, rgb('#d08f8f')), (0.58, rgb('#f6c097')), (1, rgb('#f3d3b0'))]))
-    glow = cairo.RadialGradient(2050, 1080, 30, 2050, 1080, 1300)
-    glow.add_color_stop_rgba(0, 1, 0.93, 0.78, 0.95)
-    glow.add_color_stop_rgba(0.25, 1, 0.85, 0.65, 0.45)
-    glow.add_color_stop_rgba(1, 1, 0.8, 0.6, 0)
+    glow = cairo.RadialGradient(2050, 1080, 30, 2050, 1080, 1100)
+    for k in range(13):
+        fade = (math.exp(-4.5 * k / 12) - math.exp(-4.5)) / (1 - math.exp(-4.5))
+        glow.add_color_stop_rgba(k / 12, 1, 0.80 + 0.13 * fade, 0.58 + 0.2 * fade, 0.92 * fade)
     page.box(0, 0, width, height, 0.01, glow)
     image = page.pixels().astype(np.float32)
     colours = [rgb(c) for c in ('#c79098', '#9f7790', '#745f84', '#4f4c72', '#343c5c', '#1d2740')]
