@@ -126,7 +126,9 @@ std::shared_ptr<const ColorConversion::Step> makeStep(const Context& context, co
         return nullptr;
     }
     const bool gray = model == ColorModel::gray;
-    const cmsUInt32Number flags = cmsFLAGS_NOCACHE | (model == ColorModel::rgb ? cmsFLAGS_COPY_ALPHA : 0U);
+    // The library's optimiser samples the curve of grey coarsely, which shows in dark levels.
+    const cmsUInt32Number flags =
+        cmsFLAGS_NOCACHE | (gray ? cmsFLAGS_NOOPTIMIZE : 0U) | (model == ColorModel::rgb ? cmsFLAGS_COPY_ALPHA : 0U);
     Transform transform(cmsCreateTransformTHR(context.get(), from.get(), pixelFormat(model), srgb.get(),
                                               gray ? TYPE_RGB_8 : TYPE_RGBA_8, INTENT_PERCEPTUAL, flags));
     if (!transform) {

@@ -43,7 +43,7 @@ Result<Bitmap> decode(ByteSpan bytes, PixelSize minimum, const ImageLimits& limi
     }
 }
 
-/// Holds the file until its pixels are asked for, and the pixels from then on.
+/// Holds the document, and its pixels once they have been asked for.
 class EncodedSource final : public ImageSource {
 public:
     EncodedSource(Bytes bytes, const ImageHeader& header, const ImageLimits& limits)
@@ -65,11 +65,12 @@ public:
         return failure_;
     }
 
+    [[nodiscard]] std::span<const std::byte> encodedBytes() const override { return bytes_; }
+
 private:
     void decodeOnce() const {
         isDecoded_ = true;
         Result<Bitmap> decoded = decode(bytes_, {}, limits_);
-        bytes_ = Bytes();
         if (!decoded) {
             failure_ = decoded.reason();
         } else if (decoded->size() != header_.size) {
@@ -81,8 +82,8 @@ private:
 
     ImageHeader header_;
     ImageLimits limits_;
+    Bytes bytes_;
     mutable std::mutex mutex_;
-    mutable Bytes bytes_;
     mutable bool isDecoded_ = false;
     mutable SharedBitmap bitmap_;
     mutable std::string failure_;
