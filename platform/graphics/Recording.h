@@ -26,6 +26,12 @@ struct ClipShape {
     RoundedRect shape;
 };
 
+/// How a picture that does not lie on the canvas's pixels is filtered.
+enum class PictureFilter {
+    area,  // the average over the canvas pixel's square of the linearly interpolated picture
+    smooth // along the axes: cubic interpolation, widened when shrinking; under any other map as `area`
+};
+
 /// One layer, drawn with one coverage: fill, then picture, then border, all cut to the same anti-aliased shape, the
 /// whole at `opacity`. Everything is in layer units; `map` takes them to canvas pixels (y down, pixel centres at .5).
 struct LayerDraw {
@@ -34,6 +40,7 @@ struct LayerDraw {
     std::optional<Color> fill;
     Image picture;
     Rect pictureRect; // where the whole picture lies, stretched; only the part inside `shape` shows
+    PictureFilter filter = PictureFilter::area;
     double borderWidth = 0;
     Color borderColor;
     double opacity = 1;
@@ -56,6 +63,10 @@ private:
     PixelSize size_;
     std::vector<LayerDraw> draws_;
 };
+
+/// The same canvas with the draws of recordings inside recordings pulled out, where that changes nothing but the work:
+/// a picture of a recording that lies on the canvas's pixels, is opaque as a layer and is cut along pixel edges.
+[[nodiscard]] Recording flattened(const Recording& recording);
 
 /// A picture of a recording: rasterised when its rows are asked for.
 [[nodiscard]] Image imageOfRecording(Recording recording, double scale = 1);

@@ -1,0 +1,232 @@
+#include "platform/graphics/raster/Layer.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+namespace quillomat::raster {
+
+namespace {
+
+double unit(double value) {
+    return value > 0 ? std::min(value, 1.0) : 0;
+}
+
+Pixel over(const Pixel& above, const Pixel& below) {
+    Pixel result{};
+    for (std::size_t i = 0; i < 4; ++i) {
+        const std::uint32_t sum = above[i] + dividedBy255(below[i] * (255U - above[3]));
+        result[i] = static_cast<std::uint8_t>(std::min(sum, 255U));
+    }
+    return result;
+}
+
+Polygon clippedOutline(const LayerDraw& draw, PixelSize canvas) {
+    Polygon outline = visibleOutline(draw.map, draw.shape, canvas);
+    for (const ClipShape& clip : draw.clips) {
+        if (outline.size() < 3) {
+            return {};
+        }
+        outline = intersection(outline, visibleOutline(clip.map, clip.shape, canvas));
+    }
+    return outline;
+}
+
+bool pictureFillsShape(const LayerDraw& draw) {
+    // A rounding error of the layout is no gap.
+    const Rect& shape = draw.shape.rect;
+    const Rect& picture = draw.pictureRect;
+    const double slackX = 1e-9 * std::abs(shape.size.width);
+    const double slackY = 1e-9 * std::abs(shape.size.height);
+    return picture.minX() <= shape.minX() + slackX && picture.minY() <= shape.minY() + slackY &&
+           picture.maxX() >= shape.maxX() - slackX && picture.maxY() >= shape.maxY() - slackY;
+}
+
+SampledArea boundsOf(const Polygon& polygon) {
+    double left = 1e9, top = 1e9, right = 0, bottom = 0;
+    for (const Point& p : polygon) {
+        left = std::min(left, p.x), right = std::max(right, p.x);
+        top = std::min(top, p.y), bottom = std::max(bottom, p.y);
+    }
+    return {static_cast<int>(std::floor(left)), static_cast<int>(std::floor(top)), static_cast<int>(std::ceil(right)),
+            static_cast<int>(std::ceil(bottom))};
+}
+
+} // namespace
+
+Pixel premultiplied(const Color& color) {
+    const double alpha = unit(color.alpha);
+    const auto byte = [](double value) { return static_cast<std::uint8_t>(value * 255 + 0.5); };
+    return {byte(unit(color.red) * alpha), byte(unit(color.green) * alpha), byte(unit(color.blue) * alpha),
+            byte(alpha)};
+}
+
+LayerScratch::LayerScratch(int width)
+    : shape(width)
+    , inner(width)
+    , picture(width)
+    , pictureInner(width)
+    , pixels(static_cast<std::size_t>(width) * 4)
+    , mixed(static_cast<std::size_t>(width) * 4) {}
+
+std::optional<Layer> Layer::make(const LayerDraw& draw, PixelSize canvas, const Kernels& kernels) {
+    Layer layer;
+    layer.kernels_ = &kernels;
+    const Polygon outline = clippedOutline(draw, canvas);
+    layer.shape_ = Coverage(outline, canvas, draw.opacity);
+    if (layer.shape_.isEmpty()) {
+        return std::nullopt;
+    }
+    if (draw.fill && premultiplied(*draw.fill)[3] > 0) {
+        layer.fill_ = premultiplied(*draw.fill);
+    }
+    Polygon innerOutline = outline;
+    if (draw.borderWidth > 0 && premultiplied(draw.borderColor)[3] > 0) {
+        layer.border_ = premultiplied(draw.borderColor);
+        innerOutline = intersection(outline, visibleOutline(draw.map, insetBy(draw.shape, draw.borderWidth), canvas));
+        layer.inner_ = Coverage(innerOutline, canvas, draw.opacity);
+    }
+    layer.makePicture(draw, outline, canvas);
+    if (layer.inner_ && layer.picture_) {
+        layer.pictureInner_ = Coverage(
+            intersection(innerOutline, visibleOutline(draw.map, {draw.pictureRect, 0}, canvas)), canvas, draw.opacity);
+    }
+    if (!layer.fill_ && !layer.sampler_ && !layer.inner_) {
+        return std::nullopt;
+    }
+    return layer;
+}
+
+void Layer::makePicture(const LayerDraw& draw, const Polygon& outline, PixelSize canvas) {
+    if (!draw.picture || draw.pictureRect.isEmpty()) {
+        return;
+    }
+    const bool fills = pictureFillsShape(draw);
+    const Polygon visible =
+        fills ? outline : intersection(outline, visibleOutline(draw.map, {draw.pictureRect, 0}, canvas));
+    if (visible.size() < 3) {
+        return;
+    }
+    sampler_ = makeSampler(draw.picture.bitmap(), draw, boundsOf(visible), *kernels_);
+    pictureIsOpaque_ = sampler_ && draw.picture.source()->isKnownOpaque();
+    if (sampler_ && !fills) {
+        picture_ = Coverage(visible, canvas, draw.opacity);
+    }
+}
+
+const std::uint8_t* Layer::pixelsOfRow(int y, int left, int right, LayerScratch& scratch) const {
+    const std::size_t bytes = static_cast<std::size_t>(right - left) * 4;
+    if (sampler_) {
+        if (const std::uint8_t* inPlace = sampler_->direct(y, left, right); inPlace && (!fill_ || pictureIsOpaque_)) {
+            return inPlace;
+        }
+    }
+    std::uint8_t* const pixels = scratch.pixels.data();
+    if (!sampler_) {
+        for (std::size_t i = 0; i < bytes; i += 4) {
+            std::memcpy(pixels + i, fill_->data(), 4);
+        }
+        return pixels;
+    }
+    sampler_->row(y, left, right, pixels, scratch.sampler);
+    if (!fill_ || pictureIsOpaque_) {
+        return pixels;
+    }
+    std::uint8_t* const mixed = scratch.mixed.data();
+    for (std::size_t i = 0; i < bytes; i += 4) {
+        std::memcpy(mixed + i, fill_->data(), 4);
+    }
+    kernels_->compositeUniform(mixed, pixels, 255, right - left);
+    return mixed;
+}
+
+void Layer::drawRow(int y, std::uint8_t* canvasRow, LayerScratch& scratch) const {
+    if (y < shape_.top() || y >= shape_.bottom()) {
+        return;
+    }
+    if (inner_ || picture_) {
+        const CoverageRow row = shape_.wholeRow(y, scratch.shape);
+        if (!row.isEmpty()) {
+            drawMixedRow(y, row, canvasRow, scratch);
+        }
+        return;
+    }
+    const CoverageRow row = shape_.row(y, scratch.shape);
+    if (!row.isEmpty()) {
+        drawPlainRow(y, row, canvasRow, scratch);
+    }
+}
+
+void Layer::drawPlainRow(int y, const CoverageRow& row, std::uint8_t* canvasRow, LayerScratch& scratch) const {
+    const std::uint8_t* const pixels = pixelsOfRow(y, row.left, row.right, scratch);
+    const auto covered = [&](int left, int right) {
+        kernels_->compositeCovered(canvasRow + static_cast<std::ptrdiff_t>(left) * 4,
+                                   pixels + static_cast<std::ptrdiff_t>(left - row.left) * 4,
+                                   scratch.shape.values.data() + left, right - left);
+    };
+    covered(row.left, row.runLeft);
+    if (row.runLeft < row.runRight) {
+        std::uint8_t* const to = canvasRow + static_cast<std::ptrdiff_t>(row.runLeft) * 4;
+        const std::uint8_t* const from = pixels + static_cast<std::ptrdiff_t>(row.runLeft - row.left) * 4;
+        const int count = row.runRight - row.runLeft;
+        const bool opaque = sampler_ ? pictureIsOpaque_ : (*fill_)[3] == 255;
+        if (row.run == 255 && opaque) {
+            std::memcpy(to, from, static_cast<std::size_t>(count) * 4);
+        } else {
+            kernels_->compositeUniform(to, from, row.run, count);
+        }
+    }
+    covered(row.runRight, row.right);
+}
+
+void Layer::drawMixedRow(int y, const CoverageRow& row, std::uint8_t* canvasRow, LayerScratch& scratch) const {
+    const auto values = [&](const std::optional<Coverage>& plane, CoverageScratch& planeScratch) {
+        if (!plane) {
+            return static_cast<const std::uint8_t*>(nullptr);
+        }
+        // What the plane does not reach is 0.
+        std::fill(planeScratch.values.begin() + row.left, planeScratch.values.begin() + row.right, std::uint8_t{0});
+        (void)plane->wholeRow(y, planeScratch);
+        return static_cast<const std::uint8_t*>(planeScratch.values.data());
+    };
+    const std::uint8_t* const shape = scratch.shape.values.data();
+    const std::uint8_t* const inner = inner_ ? values(inner_, scratch.inner) : shape;
+    const std::uint8_t* const picture = picture_ ? values(picture_, scratch.picture) : shape;
+    const std::uint8_t* const both = pictureInner_ ? values(pictureInner_, scratch.pictureInner)
+                                     : inner_      ? inner
+                                                   : picture;
+    if (sampler_) {
+        sampler_->row(y, row.left, row.right, scratch.pixels.data(), scratch.sampler);
+    }
+    const Pixel fill = fill_.value_or(Pixel{});
+    const Pixel borderedFill = over(border_, fill);
+    for (int x = row.left; x < row.right; ++x) {
+        // The pixel's square in four parts: picture or not, within the border or under it.
+        const int whole = shape[x];
+        const int under = std::max(0, whole - inner[x]);
+        const int pictureInside = sampler_ ? std::min<int>(both[x], whole - under) : 0;
+        const int pictureUnder = sampler_ ? std::clamp(picture[x] - both[x], 0, under) : 0;
+        const int fillInside = whole - under - pictureInside;
+        const int fillUnder = under - pictureUnder;
+        Pixel content = fill;
+        if (sampler_) {
+            Pixel sampled;
+            std::memcpy(sampled.data(), scratch.pixels.data() + static_cast<std::ptrdiff_t>(x - row.left) * 4, 4);
+            content = over(sampled, fill);
+        }
+        const Pixel borderedContent = over(border_, content);
+        std::uint8_t* const to = canvasRow + static_cast<std::ptrdiff_t>(x) * 4;
+        int sums[4];
+        for (std::size_t i = 0; i < 4; ++i) {
+            sums[i] = content[i] * pictureInside + fill[i] * fillInside + borderedContent[i] * pictureUnder +
+                      borderedFill[i] * fillUnder;
+        }
+        const std::uint32_t rest = 255 - dividedBy255(static_cast<std::uint32_t>(sums[3]));
+        for (std::size_t i = 0; i < 4; ++i) {
+            const std::uint32_t sum = static_cast<std::uint32_t>(sums[i]) + to[i] * rest;
+            to[i] = static_cast<std::uint8_t>(dividedBy255(std::min(sum, 65279U)));
+        }
+    }
+}
+
+} // namespace quillomat::raster

@@ -1,0 +1,59 @@
+// One layer made ready for drawing: its coverages, its colours, and where its picture's pixels come from.
+#pragma once
+
+#include "platform/graphics/Recording.h"
+#include "platform/graphics/raster/Coverage.h"
+#include "platform/graphics/raster/Sampler.h"
+
+#include <array>
+#include <optional>
+
+namespace quillomat::raster {
+
+using Pixel = std::array<std::uint8_t, 4>;
+
+/// Premultiplied, components cut to 0 ... 1; NaN counts as 0.
+[[nodiscard]] Pixel premultiplied(const Color& color);
+
+/// Working memory of one thread.
+struct LayerScratch {
+    explicit LayerScratch(int width);
+
+    CoverageScratch shape;
+    CoverageScratch inner;
+    CoverageScratch picture;
+    CoverageScratch pictureInner;
+    std::vector<std::uint8_t> pixels;
+    std::vector<std::uint8_t> mixed;
+    SamplerScratch sampler;
+};
+
+class Layer {
+public:
+    /// Nothing where the layer cannot be seen. A picture is decoded only when some of it can be.
+    [[nodiscard]] static std::optional<Layer> make(const LayerDraw& draw, PixelSize canvas, const Kernels& kernels);
+
+    [[nodiscard]] int top() const { return shape_.top(); }
+    [[nodiscard]] int bottom() const { return shape_.bottom(); }
+    /// Draws row y over the canvas's row.
+    void drawRow(int y, std::uint8_t* canvasRow, LayerScratch& scratch) const;
+
+private:
+    Layer() = default;
+    void makePicture(const LayerDraw& draw, const Polygon& outline, PixelSize canvas);
+    void drawPlainRow(int y, const CoverageRow& row, std::uint8_t* canvasRow, LayerScratch& scratch) const;
+    void drawMixedRow(int y, const CoverageRow& row, std::uint8_t* canvasRow, LayerScratch& scratch) const;
+    [[nodiscard]] const std::uint8_t* pixelsOfRow(int y, int left, int right, LayerScratch& scratch) const;
+
+    const Kernels* kernels_ = nullptr;
+    Coverage shape_;
+    std::optional<Coverage> inner_;        // within the border, where there is one
+    std::optional<Coverage> picture_;      // where the picture leaves parts of the shape free
+    std::optional<Coverage> pictureInner_; // both
+    std::optional<Pixel> fill_;
+    Pixel border_{};
+    std::unique_ptr<Sampler> sampler_;
+    bool pictureIsOpaque_ = false;
+};
+
+} // namespace quillomat::raster

@@ -1,0 +1,117 @@
+#include "platform/graphics/raster/Kernels.h"
+
+#include <algorithm>
+
+namespace quillomat::raster {
+
+namespace {
+
+/// Rounded product of two numbers of 15 fractional bits.
+int multiplied15(int a, int b) {
+    return (a * b + 0x4000) >> 15;
+}
+
+void filterOnePixel(const Footprint& footprint, std::int32_t u, std::int32_t v, std::uint8_t* out) {
+    const PixelView& picture = footprint.picture;
+    const int phaseV = v & (phases - 1);
+    const int firstRow = (v >> phaseBits) - footprint.rowTaps / 2 + 1;
+    const std::int16_t* rowWeights = footprint.rowWeights + phaseV * weightLine;
+    // Even and odd pairs of columns are summed apart, as the wide registers do it, so that roundings agree.
+    int sums[2][4] = {};
+    for (int row = 0; row < footprint.rowTaps; ++row) {
+        const int fromCenter = ((row - footprint.rowTaps / 2 + 1) << phaseBits) - phaseV;
+        const int position = u + ((footprint.shear * fromCenter + 0x8000) >> 16);
+        const std::uint8_t* weights = footprint.columnWeights + (position & (phases - 1)) * weightLine;
+        const int firstColumn = (position >> phaseBits) - footprint.columnTaps / 2 + 1;
+        const std::uint8_t* pixels =
+            picture.pixels +
+            static_cast<std::size_t>(std::clamp(firstRow + row, 0, picture.height - 1)) * picture.stride;
+        int pairs[2][4] = {};
+        for (int tap = 0; tap < footprint.columnTaps; ++tap) {
+            const std::uint8_t* pixel =
+                pixels + static_cast<std::size_t>(std::clamp(firstColumn + tap, 0, picture.width - 1)) * 4;
+            for (int channel = 0; channel < 4; ++channel) {
+                pairs[(tap >> 1) & 1][channel] += pixel[channel] * weights[tap];
+            }
+        }
+        for (int channel = 0; channel < 4; ++channel) {
+            sums[0][channel] += multiplied15(pairs[0][channel], rowWeights[row]);
+            sums[1][channel] += multiplied15(pairs[1][channel], rowWeights[row]);
+        }
+    }
+    for (int channel = 0; channel < 4; ++channel) {
+        out[channel] = static_cast<std::uint8_t>((sums[0][channel] + sums[1][channel] + 64) >> 7);
+    }
+}
+
+void filterFootprint(const Footprint& footprint, const std::int32_t* u, const std::int32_t* v, int count,
+                     std::uint8_t* out) {
+    for (int i = 0; i < count; ++i) {
+        filterOnePixel(footprint, u[i], v[i], out + static_cast<std::size_t>(i) * 4);
+    }
+}
+
+void combineRows(const std::uint8_t* const* rows, const std::int16_t* weights, int taps, int count, std::int16_t* out) {
+    for (int i = 0; i < count; ++i) {
+        int sum = 0;
+        for (int tap = 0; tap < taps; ++tap) {
+            sum += rows[tap][i] * weights[tap];
+        }
+        out[i] = static_cast<std::int16_t>((sum + 128) >> 8);
+    }
+}
+
+void combineColumns(const std::int16_t* row, const std::int32_t* first, const std::int16_t* weights, int taps,
+                    int count, std::uint8_t* out) {
+    for (int i = 0; i < count; ++i) {
+        const std::int16_t* pixels = row + static_cast<std::ptrdiff_t>(first[i]) * 4;
+        const std::int16_t* line = weights + static_cast<std::ptrdiff_t>(i) * taps;
+        int sums[4] = {};
+        for (int tap = 0; tap < taps; ++tap) {
+            for (int channel = 0; channel < 4; ++channel) {
+                sums[channel] += pixels[tap * 4 + channel] * line[tap];
+            }
+        }
+        const int alpha = std::clamp((sums[3] + (1 << 19)) >> 20, 0, 255);
+        for (int channel = 0; channel < 3; ++channel) {
+            out[channel] = static_cast<std::uint8_t>(std::clamp((sums[channel] + (1 << 19)) >> 20, 0, alpha));
+        }
+        out[3] = static_cast<std::uint8_t>(alpha);
+        out += 4;
+    }
+}
+
+/// pixels x coverage + canvas x (1 - alpha x coverage), with one rounding; colours above their alpha saturate.
+void compositePixel(std::uint8_t* canvas, const std::uint8_t* pixel, std::uint32_t coverage) {
+    const std::uint32_t rest = 255 - dividedBy255(pixel[3] * coverage);
+    for (int channel = 0; channel < 4; ++channel) {
+        const std::uint32_t sum = pixel[channel] * coverage + canvas[channel] * rest;
+        canvas[channel] = static_cast<std::uint8_t>(std::min(dividedBy255(std::min(sum, 65279U)), 255U));
+    }
+}
+
+void compositeCovered(std::uint8_t* canvas, const std::uint8_t* pixels, const std::uint8_t* coverage, int count) {
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
+        compositePixel(canvas + i * 4, pixels + i * 4, coverage[i]);
+    }
+}
+
+void compositeUniform(std::uint8_t* canvas, const std::uint8_t* pixels, std::uint8_t coverage, int count) {
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
+        compositePixel(canvas + i * 4, pixels + i * 4, coverage);
+    }
+}
+
+} // namespace
+
+const Kernels& scalarKernels() {
+    static constexpr Kernels kernels{"scalar",       filterFootprint,  combineRows,
+                                     combineColumns, compositeCovered, compositeUniform};
+    return kernels;
+}
+
+const Kernels& bestKernels() {
+    return scalarKernels();
+}
+
+} // namespace quillomat::raster

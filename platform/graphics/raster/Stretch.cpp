@@ -1,0 +1,225 @@
+#include "platform/graphics/raster/Profiles.h"
+#include "platform/graphics/raster/Pyramid.h"
+#include "platform/graphics/raster/Sampler.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+namespace quillomat::raster {
+
+namespace {
+
+constexpr double widestStretch = 8;
+
+class CopySampler final : public Sampler {
+public:
+    CopySampler(SharedBitmap picture, int shiftX, int shiftY)
+        : picture_(std::move(picture)), shiftX_(shiftX), shiftY_(shiftY) {}
+
+    void row(int y, int left, int right, std::uint8_t* out, SamplerScratch&) const override {
+        const std::uint8_t* from = picture_->row(std::clamp(y - shiftY_, 0, picture_->height() - 1));
+        for (int x = left; x < right; ++x, out += 4) {
+            const int column = std::clamp(x - shiftX_, 0, picture_->width() - 1);
+            std::memcpy(out, from + static_cast<std::ptrdiff_t>(column) * 4, 4);
+        }
+    }
+
+    [[nodiscard]] const std::uint8_t* direct(int y, int left, int right) const override {
+        if (y < shiftY_ || y - shiftY_ >= picture_->height() || left < shiftX_ || right - shiftX_ > picture_->width()) {
+            return nullptr;
+        }
+        return picture_->row(y - shiftY_) + static_cast<std::ptrdiff_t>(left - shiftX_) * 4;
+    }
+
+private:
+    SharedBitmap picture_;
+    int shiftX_;
+    int shiftY_;
+};
+
+/// For each canvas column (or row) the samples that it takes and their weights, of sum 16384.
+struct AxisTable {
+    int start = 0;
+    int taps = 1;
+    std::vector<std::int32_t> first;
+    std::vector<std::int16_t> weights;
+
+    [[nodiscard]] std::size_t index(int at) const { return static_cast<std::size_t>(at - start); }
+    [[nodiscard]] const std::int16_t* line(int at) const {
+        return weights.data() + index(at) * static_cast<std::size_t>(taps);
+    }
+};
+
+/// One axis of a stretch: how many times the samples are halved beforehand, and which filter follows.
+struct Axis {
+    double origin = 0;
+    double scale = 1;
+    PictureFilter filter = PictureFilter::area;
+    int level = 0;
+
+    Axis(double from, double by, PictureFilter how) : origin(from), scale(by), filter(how) {
+        for (double width = 1 / std::abs(scale); width > widestStretch && level < 20; width /= 2) {
+            ++level;
+        }
+    }
+
+    [[nodiscard]] double factor() const { return 1 << level; }
+    /// Samples per canvas pixel at the level.
+    [[nodiscard]] double width() const {
+        const double full = std::min(1 / std::abs(scale), 1e9);
+        const double f = factor();
+        if (filter == PictureFilter::smooth || level == 0) {
+            return full / f;
+        }
+        return std::sqrt(std::max(0.0, full * full + 3 - 3 * f * f)) / f;
+    }
+    [[nodiscard]] double reach() const {
+        return filter == PictureFilter::smooth ? 2 * std::max(1.0, width()) : width() / 2 + 1;
+    }
+    [[nodiscard]] double weight(double t) const {
+        return filter == PictureFilter::smooth ? keysCubic(t / std::max(1.0, width())) : boxTent(t, width());
+    }
+
+    [[nodiscard]] AxisTable table(int from, int to, int samples) const;
+};
+
+void quantiseLine(const std::vector<double>& weights, std::int16_t* out) {
+    double sum = 0;
+    for (const double weight : weights) {
+        sum += weight;
+    }
+    int total = 0;
+    std::size_t largest = 0;
+    for (std::size_t i = 0; i < weights.size(); ++i) {
+        out[i] = static_cast<std::int16_t>(std::lround(weights[i] / sum * 16384));
+        total += out[i];
+        largest = out[i] > out[largest] ? i : largest;
+    }
+    out[largest] = static_cast<std::int16_t>(out[largest] + 16384 - total);
+}
+
+AxisTable Axis::table(int from, int to, int samples) const {
+    const double spread = reach();
+    AxisTable result;
+    result.start = from;
+    result.taps = std::min(samples, static_cast<int>(std::ceil(2 * spread)));
+    const auto count = static_cast<std::size_t>(to - from);
+    result.first.resize(count);
+    result.weights.resize(count * static_cast<std::size_t>(result.taps));
+    std::vector<double> weights(static_cast<std::size_t>(result.taps));
+    for (int at = from; at < to; ++at) {
+        const double center = (at + 0.5 - origin) / scale / factor() - 0.5;
+        const double bounded = std::clamp(center, -spread - 1, samples + spread + 1);
+        const int lowest = static_cast<int>(std::floor(bounded - spread)) + 1;
+        const int highest = static_cast<int>(std::ceil(bounded + spread)) - 1;
+        const int first = std::clamp(lowest, 0, samples - result.taps);
+        std::fill(weights.begin(), weights.end(), 0.0);
+        for (int sample = lowest; sample <= highest; ++sample) {
+            const int inside = std::clamp(std::clamp(sample, 0, samples - 1) - first, 0, result.taps - 1);
+            weights[static_cast<std::size_t>(inside)] += weight(sample - bounded);
+        }
+        result.first[result.index(at)] = first;
+        quantiseLine(weights, result.weights.data() + result.index(at) * static_cast<std::size_t>(result.taps));
+    }
+    return result;
+}
+
+/// Rows are combined first, then columns: no row is kept, so bands need not know each other.
+class StretchSampler final : public Sampler {
+public:
+    StretchSampler(SharedBitmap picture, const Axis& across, const Axis& down, const SampledArea& area,
+                   const Kernels& kernels)
+        : pyramid_(std::move(picture))
+        , view_(pyramid_.level(across.level, down.level))
+        , columns_(across.table(area.left, area.right, view_.width))
+        , rows_(down.table(area.top, area.bottom, view_.height))
+        , kernels_(kernels) {}
+
+    void row(int y, int left, int right, std::uint8_t* out, SamplerScratch& scratch) const override {
+        if (left >= right) {
+            return;
+        }
+        const std::int32_t* first = columns_.first.data() + columns_.index(left);
+        const std::int32_t* last = columns_.first.data() + columns_.index(right - 1);
+        const int from = std::min(*first, *last);
+        const int to = std::max(*first, *last) + columns_.taps;
+        const int count = (to - from) * 4;
+        scratch.combined.resize(static_cast<std::size_t>(view_.width) * 4);
+        scratch.rows.resize(static_cast<std::size_t>(rows_.taps));
+        const std::int32_t firstRow = rows_.first[rows_.index(y)];
+        for (int tap = 0; tap < rows_.taps; ++tap) {
+            scratch.rows[static_cast<std::size_t>(tap)] = view_.pixels +
+                                                          static_cast<std::size_t>(firstRow + tap) * view_.stride +
+                                                          static_cast<std::size_t>(from) * 4;
+        }
+        kernels_.combineRows(scratch.rows.data(), rows_.line(y), rows_.taps, count,
+                             scratch.combined.data() + static_cast<std::size_t>(from) * 4);
+        kernels_.combineColumns(scratch.combined.data(), first, columns_.line(left), columns_.taps, right - left, out);
+    }
+
+private:
+    Pyramid pyramid_;
+    PixelView view_;
+    AxisTable columns_;
+    AxisTable rows_;
+    const Kernels& kernels_;
+};
+
+bool isNearWhole(double value) {
+    return std::abs(value - std::round(value)) < 1e-3;
+}
+
+} // namespace
+
+bool AxisMap::isWholePixelShift(PixelSize picture) const {
+    return std::abs(originX) < 1e6 && std::abs(originY) < 1e6 && isNearWhole(originX) && isNearWhole(originY) &&
+           std::abs((scaleX - 1) * picture.width) < 1e-3 && std::abs((scaleY - 1) * picture.height) < 1e-3;
+}
+
+Homography pictureToCanvas(const LayerDraw& draw, PixelSize picture) {
+    const Rect& rect = draw.pictureRect;
+    const AffineTransform placed{
+        rect.size.width / picture.width, 0, 0, rect.size.height / picture.height, rect.origin.x, rect.origin.y};
+    return Homography::fromAffine(placed).then(draw.map);
+}
+
+std::optional<AxisMap> axisMap(const Homography& pictureToCanvas) {
+    const auto& m = pictureToCanvas.m;
+    const AxisMap map{m[6] / m[8], m[7] / m[8], m[0] / m[8], m[4] / m[8]};
+    const bool alongAxes = m[1] == 0 && m[2] == 0 && m[3] == 0 && m[5] == 0;
+    if (!alongAxes || !pictureToCanvas.isFinite() || !std::isfinite(map.originX) || !std::isfinite(map.originY) ||
+        !std::isnormal(map.scaleX) || !std::isnormal(map.scaleY)) {
+        return std::nullopt;
+    }
+    return map;
+}
+
+std::unique_ptr<Sampler> makeCopySampler(SharedBitmap picture, const AxisMap& map) {
+    return std::make_unique<CopySampler>(std::move(picture), static_cast<int>(std::lround(map.originX)),
+                                         static_cast<int>(std::lround(map.originY)));
+}
+
+std::unique_ptr<Sampler> makeStretchSampler(SharedBitmap picture, const AxisMap& map, PictureFilter filter,
+                                            const SampledArea& area, const Kernels& kernels) {
+    return std::make_unique<StretchSampler>(std::move(picture), Axis(map.originX, map.scaleX, filter),
+                                            Axis(map.originY, map.scaleY, filter), area, kernels);
+}
+
+std::unique_ptr<Sampler> makeSampler(SharedBitmap picture, const LayerDraw& draw, const SampledArea& area,
+                                     const Kernels& kernels) {
+    if (!picture || picture->size().isEmpty() || area.left >= area.right || area.top >= area.bottom) {
+        return nullptr;
+    }
+    const Homography toCanvas = pictureToCanvas(draw, picture->size());
+    if (const auto along = axisMap(toCanvas)) {
+        if (along->isWholePixelShift(picture->size())) {
+            return makeCopySampler(std::move(picture), *along);
+        }
+        return makeStretchSampler(std::move(picture), *along, draw.filter, area, kernels);
+    }
+    const auto toPicture = toCanvas.inverse();
+    return toPicture ? makeWarpSampler(std::move(picture), *toPicture, kernels) : nullptr;
+}
+
+} // namespace quillomat::raster
