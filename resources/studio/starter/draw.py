@@ -5,7 +5,7 @@
     ./draw.py --fixtures DIR      a small catalogue with a frame of every kind, for the tests
     ./draw.py --only samples      the sample inputs alone (or: frames)
 
-Needs python3-cairo, python3-numpy, python3-pil, python3-opencv and the font Inter (fonts-inter).
+What it needs is in tools/packages/starter.
 """
 
 import argparse
