@@ -62,7 +62,8 @@ inline Value withCorners(Value record, const std::string& finalCode, const std::
 }
 
 inline Value withSize(Value record, const std::string& prefix, int width, int height) {
-    return record.withMember(prefix + "Width", Value::integer(width)).withMember(prefix + "Height", Value::integer(height));
+    return record.withMember(prefix + "Width", Value::integer(width))
+        .withMember(prefix + "Height", Value::integer(height));
 }
 
 /// A 60 x 80 canvas and frame with one screen at (10, 20, 40, 40) and square-cut corners of radius 0.
@@ -81,7 +82,8 @@ inline Value doubleMockup() {
 }
 
 inline std::string catalogueOf(Value::Object definitions) {
-    return writeJson(Value::object({{"version", Value::string("1")}, {"editInfo", Value::object(std::move(definitions))}}));
+    return writeJson(
+        Value::object({{"version", Value::string("1")}, {"editInfo", Value::object(std::move(definitions))}}));
 }
 
 // The session -----------------------------------------------------------------------------------------------------

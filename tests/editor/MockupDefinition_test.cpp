@@ -12,14 +12,17 @@ using namespace quillomat;
 
 namespace {
 
-Value json(std::string_view text) { return parseJson(text).value(); }
+Value json(std::string_view text) {
+    return parseJson(text).value();
+}
 
 const std::string fullImport = R"({"left_top_x": 100, "left_top_y": "37.9", "right_top_x": 500.8, "right_top_y": 40,
     "left_bottom_x": 90, "left_bottom_y": 900, "right_bottom_x": 510, "right_bottom_y": 910,
     "template_width": 600, "template_height": "1000", "corner_radius": 24, "author": "Ada"})";
 
 TEST(MockupDefinition, textNumberAndFractionReadAsTheSameInteger) {
-    for (const char* record : {R"({"k": "12"})", R"({"k": 12})", R"({"k": 12.0})", R"({"k": 12.9})", R"({"k": " 12px"})"})
+    for (const char* record :
+         {R"({"k": "12"})", R"({"k": 12})", R"({"k": 12.0})", R"({"k": 12.9})", R"({"k": " 12px"})"})
         EXPECT_EQ(MockupDefinition(json(record)).integer("k"), 12) << record;
 }
 
