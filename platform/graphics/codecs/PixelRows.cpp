@@ -46,14 +46,6 @@ void unpremultiply(const std::uint8_t* premultiplied, std::uint8_t* straight, st
     }
 }
 
-void dropAlpha(const std::uint8_t* rgba, std::uint8_t* rgb, std::size_t pixels) {
-    for (std::size_t i = 0; i < pixels; ++i, rgba += 4, rgb += 3) {
-        rgb[0] = rgba[0];
-        rgb[1] = rgba[1];
-        rgb[2] = rgba[2];
-    }
-}
-
 bool allOpaque(const std::uint8_t* rgba, std::size_t pixels) {
     unsigned all = 255;
     for (std::size_t i = 0; i < pixels; ++i) {

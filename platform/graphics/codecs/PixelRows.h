@@ -10,8 +10,6 @@ namespace quillomat::codecs {
 void premultiply(std::uint8_t* rgba, std::size_t pixels);
 /// RGBA: each colour becomes colour * 255 / alpha, rounded to nearest, at most 255; 0 where alpha is 0.
 void unpremultiply(const std::uint8_t* premultiplied, std::uint8_t* straight, std::size_t pixels);
-/// RGBA to packed RGB; alpha is dropped.
-void dropAlpha(const std::uint8_t* rgba, std::uint8_t* rgb, std::size_t pixels);
 /// Whether every alpha is 255.
 [[nodiscard]] bool allOpaque(const std::uint8_t* rgba, std::size_t pixels);
 

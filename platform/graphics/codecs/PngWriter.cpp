@@ -1,111 +1,304 @@
+// Rows are rasterised, made straight, filtered and deflated in bands of a fixed height, each by one thread; bands are
+// joined in order. A band refers to nothing above itself, not even through its first row's filter, so which thread made
+// it leaves no trace in the file.
 #include "platform/graphics/PngWriter.h"
 
 #include "platform/graphics/Rasterizer.h"
+#include "platform/graphics/codecs/Deflate.h"
 #include "platform/graphics/codecs/PixelRows.h"
-
-#include <png.h>
+#include "platform/graphics/codecs/RowFilters.h"
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <functional>
+#include <map>
+#include <mutex>
+#include <new>
 #include <span>
+#include <string_view>
+#include <system_error>
+#include <thread>
 #include <vector>
 
 namespace quillomat {
 namespace {
 
-constexpr int bandRows = 64;
+using codecs::RowFilter;
+using codecs::rowPadding;
 
-/// Where the writer takes its premultiplied rows from.
+// Large enough that starting afresh in each band costs under a hundredth of the file, small enough to stay in cache.
+constexpr std::size_t fastBandBytes = std::size_t{288} << 10;
+constexpr std::size_t bestBandBytes = std::size_t{2} << 20;
+constexpr int leastBandRows = 16;
+constexpr int mostBandRows = 512;
+// Every so many rows of a band are tried with each filter, to choose the band's one.
+constexpr int triedRowStep = 8;
+// PNG's own limit is far above; rows beyond this cannot be buffered.
+constexpr int largestWidth = 1 << 20;
+
+/// Where the writer takes its premultiplied rows from; called from several threads.
 struct RowSource {
     PixelSize size;
     bool isOpaque = false;
     std::function<void(int first, int count, std::span<std::uint8_t> out)> rows;
 };
 
-void append(png_structp png, png_bytep data, std::size_t count) {
-    Bytes* out = static_cast<Bytes*>(png_get_io_ptr(png));
-    const auto* begin = reinterpret_cast<const std::byte*>(data);
-    out->insert(out->end(), begin, begin + count);
-}
-
-void flush(png_structp) {}
-
-void ignoreWarning(png_structp, png_const_charp) {}
-
-struct Writer {
-    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, ignoreWarning);
-    png_infop info = png != nullptr ? png_create_info_struct(png) : nullptr;
-
-    Writer() = default;
-    ~Writer() { png_destroy_write_struct(&png, &info); }
-    Writer(const Writer&) = delete;
-    Writer& operator=(const Writer&) = delete;
+struct Band {
+    Bytes chunk;
+    std::uint32_t adler = 1;
+    std::uint64_t length = 0; // before it was deflated
 };
 
-bool writeHeader(png_structp png, png_infop info, Bytes* out, PixelSize size, bool isOpaque, int level) {
-    if (setjmp(png_jmpbuf(png)) != 0) { // NOLINT(cert-err52-cpp): libpng's only way to report
-        return false;
+void appendNumber(Bytes& out, std::uint32_t value) {
+    for (const int shift : {24, 16, 8, 0}) {
+        out.push_back(static_cast<std::byte>(value >> shift));
     }
-    png_set_write_fn(png, out, append, flush);
-    const auto width = static_cast<png_uint_32>(size.width);
-    const auto height = static_cast<png_uint_32>(size.height);
-    png_set_IHDR(png, info, width, height, 8, isOpaque ? PNG_COLOR_TYPE_RGB : PNG_COLOR_TYPE_RGBA, PNG_INTERLACE_NONE,
-                 PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-    png_set_sRGB(png, info, PNG_sRGB_INTENT_PERCEPTUAL);
-    png_set_compression_level(png, level);
-    png_write_info(png, info);
-    return true;
 }
 
-bool writeRow(png_structp png, const std::uint8_t* row) {
-    if (setjmp(png_jmpbuf(png)) != 0) { // NOLINT(cert-err52-cpp)
-        return false;
-    }
-    png_write_row(png, row);
-    return true;
+/// Begins a chunk; `endChunk` fills in its length and checksum.
+std::size_t beginChunk(Bytes& out, std::string_view type) {
+    const std::size_t begin = out.size();
+    appendNumber(out, 0);
+    const auto* letters = reinterpret_cast<const std::byte*>(type.data());
+    out.insert(out.end(), letters, letters + type.size());
+    return begin;
 }
 
-bool writeEnd(png_structp png, png_infop info) {
-    if (setjmp(png_jmpbuf(png)) != 0) { // NOLINT(cert-err52-cpp)
-        return false;
+void endChunk(Bytes& out, std::size_t begin) {
+    const auto length = static_cast<std::uint32_t>(out.size() - begin - 8);
+    for (std::size_t i = 0; i < 4; ++i) {
+        out[begin + i] = static_cast<std::byte>(length >> (24 - 8 * i));
     }
-    png_write_end(png, info);
-    return true;
+    appendNumber(out, codecs::crc32(std::span(out).subspan(begin + 4)));
 }
 
-Result<Bytes> encode(const RowSource& source, PngEffort effort) {
+Bytes fileHeader(const RowSource& source) {
+    constexpr std::string_view signature{"\x89PNG\r\n\x1a\n", 8};
+    const auto* letters = reinterpret_cast<const std::byte*>(signature.data());
+    Bytes out(letters, letters + signature.size());
+    const std::size_t header = beginChunk(out, "IHDR");
+    appendNumber(out, static_cast<std::uint32_t>(source.size.width));
+    appendNumber(out, static_cast<std::uint32_t>(source.size.height));
+    for (const int value : {8, source.isOpaque ? 2 : 6, 0, 0, 0}) {
+        out.push_back(static_cast<std::byte>(value));
+    }
+    endChunk(out, header);
+    const std::size_t srgb = beginChunk(out, "sRGB");
+    out.push_back(std::byte{0}); // perceptual
+    endChunk(out, srgb);
+    return out;
+}
+
+/// Works one band after another through buffers of its own.
+class BandMaker {
+public:
+    BandMaker(const RowSource& source, PngEffort effort, int bandRows)
+        : source_(source)
+        , effort_(effort)
+        , pixelBytes_(source.isOpaque ? 3 : 4)
+        , rowBytes_(static_cast<std::size_t>(source.size.width) * pixelBytes_)
+        , rowStride_(rowBytes_ + 2 * rowPadding)
+        , premultiplied_(static_cast<std::size_t>(source.size.width) * 4 * static_cast<std::size_t>(bandRows))
+        , straight_(rowStride_ * static_cast<std::size_t>(bandRows + 1) + rowPadding)
+        , filtered_((rowBytes_ + 1) * static_cast<std::size_t>(bandRows) + rowPadding)
+        , trial_(rowBytes_ + rowPadding)
+        , deflater_(effort == PngEffort::best ? codecs::DeflateEffort::best : codecs::DeflateEffort::fast) {}
+
+    [[nodiscard]] bool make(int first, int count, Band& band) {
+        const std::size_t width = static_cast<std::size_t>(source_.size.width);
+        source_.rows(first, count, std::span(premultiplied_).first(width * 4 * static_cast<std::size_t>(count)));
+        for (int y = 0; y < count; ++y) {
+            const std::uint8_t* from = premultiplied_.data() + width * 4 * static_cast<std::size_t>(y);
+            if (source_.isOpaque) {
+                codecs::dropAlpha(from, row(y), width);
+            } else {
+                codecs::unpremultiply(from, row(y), width);
+            }
+            // What a vector may have written behind the row is the zero before the next one.
+            std::fill_n(row(y) + rowBytes_, rowPadding, std::uint8_t{0});
+        }
+        effort_ == PngEffort::best ? filterEachRow(count) : filterBand(count);
+        return deflate(first, count, band);
+    }
+
+private:
+    /// A zero row lies before the first one.
+    [[nodiscard]] std::uint8_t* row(int y) {
+        return straight_.data() + rowStride_ * static_cast<std::size_t>(y + 1) + rowPadding;
+    }
+
+    [[nodiscard]] std::uint64_t costOf(RowFilter filter, int y) {
+        codecs::filterRow(filter, row(y), row(y - 1), rowBytes_, pixelBytes_, trial_.data());
+        return codecs::costOfRow(trial_.data(), rowBytes_);
+    }
+
+    void write(RowFilter filter, int y) {
+        std::uint8_t* out = filtered_.data() + (rowBytes_ + 1) * static_cast<std::size_t>(y);
+        *out = static_cast<std::uint8_t>(filter);
+        codecs::filterRow(filter, row(y), row(y - 1), rowBytes_, pixelBytes_, out + 1);
+    }
+
+    template <typename Cost> [[nodiscard]] RowFilter cheapest(const Cost& cost) {
+        RowFilter best = RowFilter::paeth;
+        std::uint64_t least = cost(best);
+        for (const RowFilter filter : {RowFilter::sub, RowFilter::up, RowFilter::average}) {
+            if (const std::uint64_t now = cost(filter); now < least) {
+                least = now;
+                best = filter;
+            }
+        }
+        return best;
+    }
+
+    /// One filter for the whole band does as well as one for each row, and costs little to choose.
+    void filterBand(int count) {
+        const RowFilter filter = cheapest([&](RowFilter tried) {
+            std::uint64_t sum = 0;
+            for (int y = std::min(triedRowStep / 2, count - 1); y < count; y += triedRowStep) {
+                sum += y == 0 ? 0 : costOf(tried, y);
+            }
+            return sum;
+        });
+        write(RowFilter::sub, 0);
+        for (int y = 1; y < count; ++y) {
+            write(filter, y);
+        }
+    }
+
+    void filterEachRow(int count) {
+        write(RowFilter::sub, 0);
+        for (int y = 1; y < count; ++y) {
+            write(cheapest([&](RowFilter tried) { return costOf(tried, y); }), y);
+        }
+    }
+
+    [[nodiscard]] bool deflate(int first, int count, Band& band) {
+        const auto filtered =
+            std::span<const std::uint8_t>(filtered_).first((rowBytes_ + 1) * static_cast<std::size_t>(count));
+        band.length = filtered.size();
+        band.adler = codecs::adler32(filtered);
+        const std::size_t begin = beginChunk(band.chunk, "IDAT");
+        if (first == 0) {
+            // Deflate with a window of 32 KiB, and a word on how hard was tried.
+            band.chunk.push_back(std::byte{0x78});
+            band.chunk.push_back(effort_ == PngEffort::best ? std::byte{0xda} : std::byte{0x01});
+        }
+        const bool isLast = first + count == source_.size.height;
+        if (!deflater_.deflate(filtered, isLast, band.chunk)) {
+            return false;
+        }
+        endChunk(band.chunk, begin);
+        return true;
+    }
+
+    const RowSource& source_;
+    PngEffort effort_;
+    std::size_t pixelBytes_;
+    std::size_t rowBytes_;
+    std::size_t rowStride_;
+    std::vector<std::uint8_t> premultiplied_;
+    std::vector<std::uint8_t> straight_;
+    std::vector<std::uint8_t> filtered_;
+    std::vector<std::uint8_t> trial_;
+    codecs::PieceDeflater deflater_;
+};
+
+/// Hands out bands and joins what comes back.
+class Encoder {
+public:
+    Encoder(const RowSource& source, PngEffort effort) : source_(source), effort_(effort), out_(fileHeader(source)) {
+        const std::size_t wanted = effort == PngEffort::best ? bestBandBytes : fastBandBytes;
+        const std::size_t rowBytes = static_cast<std::size_t>(source.size.width) * (source.isOpaque ? 3 : 4);
+        const auto rows = static_cast<int>(std::min<std::size_t>(wanted / rowBytes, mostBandRows));
+        bandRows_ = std::clamp(rows, leastBandRows, mostBandRows);
+        bandCount_ = (source.size.height + bandRows_ - 1) / bandRows_;
+    }
+
+    [[nodiscard]] Result<Bytes> encode(int threads) {
+        std::vector<std::thread> helpers;
+        for (int i = 1; i < std::min(threads, bandCount_); ++i) {
+            try {
+                helpers.emplace_back([this] { work(); });
+            } catch (const std::system_error&) {
+                break; // fewer threads make the same file
+            }
+        }
+        work();
+        for (std::thread& helper : helpers) {
+            helper.join();
+        }
+        if (!failure_.empty()) {
+            return Failure{failure_};
+        }
+        const std::size_t checksum = beginChunk(out_, "IDAT");
+        appendNumber(out_, adler_);
+        endChunk(out_, checksum);
+        endChunk(out_, beginChunk(out_, "IEND"));
+        return std::move(out_);
+    }
+
+private:
+    void work() noexcept {
+        try {
+            BandMaker maker(source_, effort_, bandRows_);
+            for (int index = next_++; index < bandCount_ && !hasFailed_; index = next_++) {
+                const int first = index * bandRows_;
+                Band band;
+                if (!maker.make(first, std::min(bandRows_, source_.size.height - first), band)) {
+                    fail("the picture could not be compressed");
+                    return;
+                }
+                join(index, std::move(band));
+            }
+        } catch (const std::bad_alloc&) {
+            fail("not enough memory for the picture");
+        }
+    }
+
+    void fail(const char* reason) {
+        const std::lock_guard lock(mutex_);
+        failure_ = reason;
+        hasFailed_ = true;
+    }
+
+    void join(int index, Band band) {
+        const std::lock_guard lock(mutex_);
+        waiting_.emplace(index, std::move(band));
+        for (auto at = waiting_.begin(); at != waiting_.end() && at->first == joined_; at = waiting_.erase(at)) {
+            out_.insert(out_.end(), at->second.chunk.begin(), at->second.chunk.end());
+            adler_ = codecs::joinAdler32(adler_, at->second.adler, at->second.length);
+            ++joined_;
+        }
+    }
+
+    const RowSource& source_;
+    PngEffort effort_;
+    int bandRows_ = 0;
+    int bandCount_ = 0;
+    std::atomic<int> next_ = 0;
+    std::atomic<bool> hasFailed_ = false;
+    std::mutex mutex_;
+    std::string failure_;
+    std::map<int, Band> waiting_; // made before those above them
+    int joined_ = 0;
+    std::uint32_t adler_ = 1;
+    Bytes out_;
+};
+
+Result<Bytes> encode(const RowSource& source, PngEffort effort, int threads) {
     if (source.size.isEmpty()) {
         return Failure{"a picture without pixels"};
     }
-    Bytes out;
-    const Writer writer;
-    const int level = effort == PngEffort::best ? 9 : 1;
-    if (writer.info == nullptr || !writeHeader(writer.png, writer.info, &out, source.size, source.isOpaque, level)) {
-        return Failure{"the PNG writer failed"};
+    if (source.size.width > largestWidth) {
+        return Failure{"a picture of " + std::to_string(source.size.width) + " pixels across is too wide for PNG"};
     }
-    const std::size_t width = static_cast<std::size_t>(source.size.width);
-    std::vector<std::uint8_t> band(width * 4 * bandRows);
-    std::vector<std::uint8_t> row(width * 4);
-    for (int first = 0; first < source.size.height; first += bandRows) {
-        const int count = std::min(bandRows, source.size.height - first);
-        source.rows(first, count, std::span(band).first(width * 4 * static_cast<std::size_t>(count)));
-        for (int y = 0; y < count; ++y) {
-            const std::uint8_t* from = band.data() + width * 4 * static_cast<std::size_t>(y);
-            if (source.isOpaque) {
-                codecs::dropAlpha(from, row.data(), width);
-            } else {
-                codecs::unpremultiply(from, row.data(), width);
-            }
-            if (!writeRow(writer.png, row.data())) {
-                return Failure{"the PNG writer failed"};
-            }
-        }
+    try {
+        const int cores = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
+        return Encoder(source, effort).encode(threads > 0 ? threads : cores);
+    } catch (const std::bad_alloc&) {
+        return Failure{"not enough memory for the picture"};
     }
-    if (!writeEnd(writer.png, writer.info)) {
-        return Failure{"the PNG writer failed"};
-    }
-    return out;
 }
 
 RowSource rowsOf(const Bitmap& bitmap, bool isOpaque) {
@@ -116,28 +309,28 @@ RowSource rowsOf(const Bitmap& bitmap, bool isOpaque) {
 
 } // namespace
 
-Result<Bytes> encodePng(const Bitmap& bitmap, PngEffort effort) {
-    return encode(rowsOf(bitmap, codecs::allOpaque(bitmap.bytes().data(), bitmap.size().area())), effort);
+Result<Bytes> encodePng(const Bitmap& bitmap, PngEffort effort, int threads) {
+    return encode(rowsOf(bitmap, codecs::allOpaque(bitmap.bytes().data(), bitmap.size().area())), effort, threads);
 }
 
-Result<Bytes> encodePng(const Image& image, PngEffort effort) {
+Result<Bytes> encodePng(const Image& image, PngEffort effort, int threads) {
     if (!image) {
         return Failure{"no picture"};
     }
     const ImageSource& source = *image.source();
     if (const Recording* recording = source.recording()) {
         const Rasterizer rasterizer(*recording);
-        return encode(
-            {recording->size(), source.isKnownOpaque(),
-             [&rasterizer](int first, int count, std::span<std::uint8_t> out) { rasterizer.rows(first, count, out); }},
-            effort);
+        const RowSource rows{
+            recording->size(), source.isKnownOpaque(),
+            [&rasterizer](int first, int count, std::span<std::uint8_t> out) { rasterizer.rows(first, count, out); }};
+        return encode(rows, effort, threads);
     }
     const SharedBitmap bitmap = source.bitmap();
     if (!bitmap) {
         const std::string reason = source.failure();
         return Failure{reason.empty() ? "a picture without pixels" : reason};
     }
-    return encode(rowsOf(*bitmap, source.isKnownOpaque() || bitmap->isOpaque()), effort);
+    return encode(rowsOf(*bitmap, source.isKnownOpaque() || bitmap->isOpaque()), effort, threads);
 }
 
 } // namespace quillomat

@@ -76,6 +76,64 @@ TEST(PngWriter, writingAndReadingGivesTheSamePixels) {
     }
 }
 
+TEST(PngWriter, bytesDoNotDependOnTheNumberOfThreads) {
+    for (const PngEffort effort : {PngEffort::fast, PngEffort::best}) {
+        for (const bool opaque : {true, false}) {
+            const Bitmap bitmap = sample(1700, 900, opaque, 3); // several bands, the last one short
+            const Bytes alone = *encodePng(bitmap, effort, 1);
+            EXPECT_EQ(*encodePng(bitmap, effort, 2), alone);
+            EXPECT_EQ(*encodePng(bitmap, effort, 7), alone);
+            EXPECT_EQ(*encodePng(bitmap, effort), alone);
+            EXPECT_EQ(*decodeImage(alone), bitmap);
+        }
+    }
+}
+
+/// The size of the file that libpng makes of an opaque picture at a compression level, with its default filters.
+std::size_t sizeByLibpng(const Bitmap& bitmap, int level) {
+    std::size_t size = 0;
+    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+    png_infop info = png_create_info_struct(png);
+    png_set_write_fn(
+        png, &size,
+        [](png_structp p, png_bytep, std::size_t count) { *static_cast<std::size_t*>(png_get_io_ptr(p)) += count; },
+        nullptr);
+    png_set_IHDR(png, info, static_cast<png_uint_32>(bitmap.width()), static_cast<png_uint_32>(bitmap.height()), 8,
+                 PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    png_set_compression_level(png, level);
+    png_write_info(png, info);
+    png_set_filler(png, 0, PNG_FILLER_AFTER);
+    for (int y = 0; y < bitmap.height(); ++y) {
+        png_write_row(png, bitmap.row(y));
+    }
+    png_write_end(png, info);
+    png_destroy_write_struct(&png, &info);
+    return size;
+}
+
+TEST(PngWriter, filesAreNoLargerThanThoseOfLibpng) {
+    const std::filesystem::path folder = std::filesystem::path(QUILLOMAT_SOURCE_DIR) / "resources/samples";
+    for (const char* name : {"background.jpg", "screenshot.png"}) {
+        const Result<Bitmap> bitmap = decodeImage(readWhole(folder / name));
+        ASSERT_TRUE(bitmap) << name << ": " << bitmap.reason();
+        EXPECT_LE(encodePng(*bitmap, PngEffort::fast)->size(), sizeByLibpng(*bitmap, 1)) << name;
+        EXPECT_LE(encodePng(*bitmap, PngEffort::best)->size(), sizeByLibpng(*bitmap, 9)) << name;
+    }
+}
+
+TEST(PngWriter, noiseIsHardlyLargerThanItsPixels) {
+    std::mt19937 random(5);
+    Bitmap noise(PixelSize{400, 400});
+    for (std::size_t i = 0; i < noise.bytes().size(); ++i) {
+        noise.bytes()[i] = i % 4 == 3 ? 255 : static_cast<std::uint8_t>(random());
+    }
+    for (const PngEffort effort : {PngEffort::fast, PngEffort::best}) {
+        const Bytes png = *encodePng(noise, effort);
+        EXPECT_LT(png.size(), std::size_t{400} * 400 * 3 * 101 / 100 + 1000);
+        EXPECT_EQ(*decodeImage(png), noise);
+    }
+}
+
 TEST(PngWriter, opaquePicturesAreRgbAndOthersRgba) {
     EXPECT_EQ(colorTypeOf(*encodePng(sample(9, 9, true, 1))), 2);
     EXPECT_EQ(colorTypeOf(*encodePng(sample(9, 9, false, 1))), 6);

@@ -1,0 +1,35 @@
+// Deflate in pieces that join: each piece ends at a whole byte and refers to nothing before it.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+namespace quillomat::codecs {
+
+enum class DeflateEffort { fast, best };
+
+/// One for each thread: the state of either library is large and used again from piece to piece.
+class PieceDeflater {
+public:
+    explicit PieceDeflater(DeflateEffort effort);
+    ~PieceDeflater();
+    PieceDeflater(const PieceDeflater&) = delete;
+    PieceDeflater& operator=(const PieceDeflater&) = delete;
+
+    /// Appends the piece to `out`; after the last one the stream is complete. False when the library fails.
+    [[nodiscard]] bool deflate(std::span<const std::uint8_t> piece, bool isLast, std::vector<std::byte>& out);
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+[[nodiscard]] std::uint32_t adler32(std::span<const std::uint8_t> bytes);
+/// The checksum of two stretches joined, from the checksum of each and the length of the second.
+[[nodiscard]] std::uint32_t joinAdler32(std::uint32_t first, std::uint32_t second, std::uint64_t secondLength);
+[[nodiscard]] std::uint32_t crc32(std::span<const std::byte> bytes);
+
+} // namespace quillomat::codecs

@@ -1,0 +1,132 @@
+#include "platform/graphics/codecs/RowFilters.h"
+
+#include <algorithm>
+#include <cstring>
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "platform/graphics/codecs/RowFilters.cpp"
+#include <hwy/foreach_target.h>
+// After foreach_target.h, which compiles this file once for each kind of processor.
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace quillomat::codecs {
+namespace HWY_NAMESPACE { // NOLINT: the library's own name for each kind of processor
+namespace hn = hwy::HWY_NAMESPACE;
+
+using Bytes8 = hn::ScalableTag<std::uint8_t>;
+
+/// The nearest of left, above and above-left to left + above - aboveLeft, in bytes: of two distances on the same side
+/// of aboveLeft the third is their sum, of two on different sides their difference. Saturation changes no comparison.
+template <class V> HWY_INLINE V predictPaeth(Bytes8 d, V left, V above, V aboveLeft) {
+    const V fromLeft = hn::Sub(hn::Max(above, aboveLeft), hn::Min(above, aboveLeft));
+    const V fromAbove = hn::Sub(hn::Max(left, aboveLeft), hn::Min(left, aboveLeft));
+    const auto aboveIsMore = hn::VecFromMask(d, hn::Max(above, aboveLeft) == above);
+    const auto leftIsMore = hn::VecFromMask(d, hn::Max(left, aboveLeft) == left);
+    const V sum = hn::SaturatedAdd(fromLeft, fromAbove);
+    const V difference = hn::Sub(hn::Max(fromLeft, fromAbove), hn::Min(fromLeft, fromAbove));
+    const V fromAboveLeft = hn::IfThenElse(hn::MaskFromVec(hn::Xor(aboveIsMore, leftIsMore)), difference, sum);
+    const V nearer = hn::IfThenElse(hn::Min(fromAbove, fromAboveLeft) == fromAbove, above, aboveLeft);
+    const V nearerDistance = hn::Min(fromAbove, fromAboveLeft);
+    return hn::IfThenElse(hn::Min(fromLeft, nearerDistance) == fromLeft, left, nearer);
+}
+
+template <class V> HWY_INLINE V predictAverage(Bytes8 d, V left, V above) {
+    const V roundedUp = hn::AverageRound(left, above);
+    return hn::Sub(roundedUp, hn::And(hn::Xor(left, above), hn::Set(d, std::uint8_t{1})));
+}
+
+template <class Predict>
+HWY_INLINE void filterWith(const std::uint8_t* row, std::size_t length, std::uint8_t* out, const Predict& predict) {
+    const Bytes8 d;
+    for (std::size_t i = 0; i < length; i += hn::Lanes(d)) {
+        hn::StoreU(hn::Sub(hn::LoadU(d, row + i), predict(i)), d, out + i);
+    }
+}
+
+void Filter(RowFilter filter, const std::uint8_t* HWY_RESTRICT row, const std::uint8_t* HWY_RESTRICT above,
+            std::size_t length, std::size_t pixelBytes, std::uint8_t* HWY_RESTRICT out) {
+    const Bytes8 d;
+    const std::uint8_t* left = row - pixelBytes;
+    const std::uint8_t* aboveLeft = above - pixelBytes;
+    switch (filter) {
+    case RowFilter::none:
+        std::memcpy(out, row, length);
+        break;
+    case RowFilter::sub:
+        filterWith(row, length, out, [&](std::size_t i) HWY_ATTR { return hn::LoadU(d, left + i); });
+        break;
+    case RowFilter::up:
+        filterWith(row, length, out, [&](std::size_t i) HWY_ATTR { return hn::LoadU(d, above + i); });
+        break;
+    case RowFilter::average:
+        filterWith(row, length, out, [&](std::size_t i) HWY_ATTR {
+            return predictAverage(d, hn::LoadU(d, left + i), hn::LoadU(d, above + i));
+        });
+        break;
+    case RowFilter::paeth:
+        filterWith(row, length, out, [&](std::size_t i) HWY_ATTR {
+            return predictPaeth(d, hn::LoadU(d, left + i), hn::LoadU(d, above + i), hn::LoadU(d, aboveLeft + i));
+        });
+        break;
+    }
+}
+
+std::uint64_t Cost(const std::uint8_t* HWY_RESTRICT filtered, std::size_t length) {
+    const Bytes8 d;
+    const hn::Repartition<std::uint64_t, Bytes8> d64;
+    auto sums = hn::Zero(d64);
+    std::size_t i = 0;
+    for (; i + hn::Lanes(d) <= length; i += hn::Lanes(d)) {
+        const auto value = hn::LoadU(d, filtered + i);
+        sums = hn::Add(sums, hn::SumsOf8(hn::Min(value, hn::Sub(hn::Zero(d), value))));
+    }
+    std::uint64_t sum = hn::GetLane(hn::SumOfLanes(d64, sums));
+    for (; i < length; ++i) {
+        sum += std::min<unsigned>(filtered[i], 256U - filtered[i]);
+    }
+    return sum;
+}
+
+void DropAlpha(const std::uint8_t* HWY_RESTRICT rgba, std::uint8_t* HWY_RESTRICT rgb, std::size_t pixels) {
+    const Bytes8 d;
+    std::size_t i = 0;
+    for (; i + hn::Lanes(d) <= pixels; i += hn::Lanes(d)) {
+        auto red = hn::Zero(d);
+        auto green = red;
+        auto blue = red;
+        auto alpha = red;
+        hn::LoadInterleaved4(d, rgba + i * 4, red, green, blue, alpha);
+        hn::StoreInterleaved3(red, green, blue, d, rgb + i * 3);
+    }
+    for (; i < pixels; ++i) {
+        std::memcpy(rgb + i * 3, rgba + i * 4, 3);
+    }
+}
+
+} // namespace HWY_NAMESPACE
+} // namespace quillomat::codecs
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace quillomat::codecs {
+
+HWY_EXPORT(Filter);
+HWY_EXPORT(Cost);
+HWY_EXPORT(DropAlpha);
+
+void filterRow(RowFilter filter, const std::uint8_t* row, const std::uint8_t* above, std::size_t length,
+               std::size_t pixelBytes, std::uint8_t* out) {
+    HWY_DYNAMIC_DISPATCH(Filter)(filter, row, above, length, pixelBytes, out);
+}
+
+std::uint64_t costOfRow(const std::uint8_t* filtered, std::size_t length) {
+    return HWY_DYNAMIC_DISPATCH(Cost)(filtered, length);
+}
+
+void dropAlpha(const std::uint8_t* rgba, std::uint8_t* rgb, std::size_t pixels) {
+    HWY_DYNAMIC_DISPATCH(DropAlpha)(rgba, rgb, pixels);
+}
+
+} // namespace quillomat::codecs
+#endif
