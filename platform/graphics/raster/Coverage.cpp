@@ -12,11 +12,13 @@ Coverage::Coverage(const Polygon& polygon, PixelSize canvas, double opacity)
     }
     double low = canvas.height;
     double high = 0;
+    double rightmost = 0;
     for (std::size_t i = 0; i < polygon.size(); ++i) {
         const Point a = polygon[i];
         const Point b = polygon[i + 1 == polygon.size() ? 0 : i + 1];
         low = std::min(low, a.y);
         high = std::max(high, a.y);
+        rightmost = std::max(rightmost, a.x);
         if (a.y == b.y) {
             continue;
         }
@@ -38,6 +40,7 @@ Coverage::Coverage(const Polygon& polygon, PixelSize canvas, double opacity)
     std::sort(rightEdges_.begin(), rightEdges_.end(), higher);
     top_ = static_cast<int>(std::floor(low));
     bottom_ = static_cast<int>(std::ceil(high));
+    right_ = static_cast<int>(std::ceil(rightmost));
 }
 
 std::uint8_t Coverage::quantised(double sum) const {
@@ -94,7 +97,7 @@ CoverageRow Coverage::row(int y, CoverageScratch& scratch) const {
         return {};
     }
     const int first = std::min(left.first, right.first);
-    const int last = std::min(std::max(left.last, right.last) + 1, width_ - 1);
+    const int last = std::min(std::max(left.last, right.last), width_ - 1);
     double sum = 0;
     const auto sumUp = [&](int from, int to) {
         for (int x = from; x < to; ++x) {
@@ -106,7 +109,7 @@ CoverageRow Coverage::row(int y, CoverageScratch& scratch) const {
     };
     CoverageRow result{first, last + 1, last + 1, last + 1, 0};
     const int runLeft = left.last + 2;
-    const int runRight = right.first;
+    const int runRight = std::min(right.first, width_);
     if (runLeft < runRight) {
         sumUp(first, runLeft);
         result.runLeft = runLeft;
@@ -119,6 +122,10 @@ CoverageRow Coverage::row(int y, CoverageScratch& scratch) const {
     // An edge that lies on the canvas's right side leaves its height beyond the last pixel.
     const int beyond = std::max(left.last, right.last) + 1;
     std::fill(cells.begin() + last + 1, cells.begin() + std::max(last, beyond) + 1, 0.0);
+    // An edge on a pixel's left side touches that pixel with nothing.
+    result.right = std::min(result.right, right_);
+    result.runLeft = std::min(result.runLeft, result.right);
+    result.runRight = std::min(result.runRight, result.right);
     return result;
 }
 

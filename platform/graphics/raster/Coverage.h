@@ -63,6 +63,7 @@ private:
     std::vector<Edge> rightEdges_;
     int top_ = 0;
     int bottom_ = 0;
+    int right_ = 0;
     int width_ = 0;
     double scale_ = 255;
 };

@@ -180,23 +180,30 @@ void Layer::drawPlainRow(int y, const CoverageRow& row, std::uint8_t* canvasRow,
 }
 
 void Layer::drawMixedRow(int y, const CoverageRow& row, std::uint8_t* canvasRow, LayerScratch& scratch) const {
+    CoverageRow pictured = sampler_ ? row : CoverageRow{};
     const auto values = [&](const std::optional<Coverage>& plane, CoverageScratch& planeScratch) {
-        if (!plane) {
-            return static_cast<const std::uint8_t*>(nullptr);
-        }
         // What the plane does not reach is 0.
         std::fill(planeScratch.values.begin() + row.left, planeScratch.values.begin() + row.right, std::uint8_t{0});
-        (void)plane->wholeRow(y, planeScratch);
-        return static_cast<const std::uint8_t*>(planeScratch.values.data());
+        return plane->wholeRow(y, planeScratch);
     };
     const std::uint8_t* const shape = scratch.shape.values.data();
-    const std::uint8_t* const inner = inner_ ? values(inner_, scratch.inner) : shape;
-    const std::uint8_t* const picture = picture_ ? values(picture_, scratch.picture) : shape;
-    const std::uint8_t* const both = pictureInner_ ? values(pictureInner_, scratch.pictureInner)
-                                     : inner_      ? inner
-                                                   : picture;
-    if (sampler_) {
-        sampler_->row(y, row.left, row.right, scratch.pixels.data(), scratch.sampler);
+    const std::uint8_t* inner = shape;
+    const std::uint8_t* picture = shape;
+    if (inner_) {
+        (void)values(inner_, scratch.inner);
+        inner = scratch.inner.values.data();
+    }
+    if (picture_) {
+        pictured = values(picture_, scratch.picture);
+        picture = scratch.picture.values.data();
+    }
+    const std::uint8_t* both = inner_ ? inner : picture;
+    if (pictureInner_) {
+        (void)values(pictureInner_, scratch.pictureInner);
+        both = scratch.pictureInner.values.data();
+    }
+    if (!pictured.isEmpty()) {
+        sampler_->row(y, pictured.left, pictured.right, scratch.pixels.data(), scratch.sampler);
     }
     const Pixel fill = fill_.value_or(Pixel{});
     const Pixel borderedFill = over(border_, fill);
@@ -204,14 +211,15 @@ void Layer::drawMixedRow(int y, const CoverageRow& row, std::uint8_t* canvasRow,
         // The pixel's square in four parts: picture or not, within the border or under it.
         const int whole = shape[x];
         const int under = std::max(0, whole - inner[x]);
-        const int pictureInside = sampler_ ? std::min<int>(both[x], whole - under) : 0;
-        const int pictureUnder = sampler_ ? std::clamp(picture[x] - both[x], 0, under) : 0;
+        const bool hasPicture = x >= pictured.left && x < pictured.right;
+        const int pictureInside = hasPicture ? std::min<int>(both[x], whole - under) : 0;
+        const int pictureUnder = hasPicture ? std::clamp(picture[x] - both[x], 0, under) : 0;
         const int fillInside = whole - under - pictureInside;
         const int fillUnder = under - pictureUnder;
         Pixel content = fill;
-        if (sampler_) {
+        if (hasPicture) {
             Pixel sampled;
-            std::memcpy(sampled.data(), scratch.pixels.data() + static_cast<std::ptrdiff_t>(x - row.left) * 4, 4);
+            std::memcpy(sampled.data(), scratch.pixels.data() + static_cast<std::ptrdiff_t>(x - pictured.left) * 4, 4);
             content = over(sampled, fill);
         }
         const Pixel borderedContent = over(border_, content);
