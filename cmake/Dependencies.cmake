@@ -5,7 +5,7 @@ find_package(PkgConfig REQUIRED)
 find_package(nlohmann_json 3.11 REQUIRED)
 find_package(CLI11 REQUIRED)
 
-foreach(library IN ITEMS libpng libjpeg libwebp libwebpdemux libheif libexif lcms2 libisal libhwy libcurl zlib)
+foreach(library IN ITEMS libpng libjpeg libwebp libwebpdemux libheif libexif lcms2 libisal libdeflate libhwy libcurl zlib)
   pkg_check_modules(${library} REQUIRED IMPORTED_TARGET ${library})
 endforeach()
 
