@@ -1,0 +1,32 @@
+#include "app/MainStoryboard.h"
+
+#include "catalogue/ScrollerViewController.h"
+#include "catalogue/SelectionTableViewController.h"
+#include "editor/EditingViewController.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace quillomat {
+
+MainStoryboard::MainStoryboard(Platform& platform, EditorState& editorState) : platform_(platform) {
+    screens_["scrollerViewController"] = [this] { return std::make_shared<ScrollerViewController>(platform_, *this); };
+    screens_["editingViewController"] = [this, &editorState] {
+        return std::make_shared<EditingViewController>(platform_, *this, editorState);
+    };
+}
+
+std::shared_ptr<ViewController> MainStoryboard::instantiate(const std::string& identifier) {
+    const auto screen = screens_.find(identifier);
+    if (screen == screens_.end()) {
+        std::fprintf(stderr, "storyboard: no screen is called %s\n", identifier.c_str());
+        std::abort();
+    }
+    return screen->second();
+}
+
+std::shared_ptr<NavigationController> MainStoryboard::instantiateInitialViewController() {
+    return std::make_shared<NavigationController>(std::make_shared<SelectionTableViewController>(platform_, *this));
+}
+
+} // namespace quillomat

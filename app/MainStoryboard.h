@@ -1,0 +1,31 @@
+// The registry of screens: which class stands behind which identifier, and which screen comes first.
+#pragma once
+
+#include "platform/views/NavigationController.h"
+#include "platform/views/ViewController.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+
+namespace quillomat {
+
+struct EditorState;
+
+class MainStoryboard final : public Storyboard {
+public:
+    /// Both must outlive the storyboard and every screen it makes.
+    MainStoryboard(Platform& platform, EditorState& editorState);
+
+    /// A new screen at every call.
+    [[nodiscard]] std::shared_ptr<ViewController> instantiate(const std::string& identifier) override;
+    /// A navigation controller with the catalogue list at its root, loaded.
+    [[nodiscard]] std::shared_ptr<NavigationController> instantiateInitialViewController();
+
+private:
+    Platform& platform_;
+    std::map<std::string, std::function<std::shared_ptr<ViewController>()>> screens_;
+};
+
+} // namespace quillomat
