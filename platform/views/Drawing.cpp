@@ -123,6 +123,9 @@ void LayerLister::listContents(const View& view, const Homography& map, const Cl
     if (sameShape) {
         body.picture = picture->picture, body.pictureRect = picture->pictureRect;
         picture.reset();
+    } else if (picture && !view.masksToBounds && covers(picture->pictureRect, shape.rect) &&
+               picture->picture.source()->isKnownOpaque()) {
+        body.fill.reset(); // wholly hidden; it would only darken the edges
     }
     LayerDraw border;
     border.map = map, border.shape = shape, border.clips = clips;
