@@ -30,7 +30,7 @@ DEVICES = {
         "bevel": 1.7, "rim": 1.1, "buttons": False,
     },
     "laptop": {
-        "screen": (300.0, 187.5), "radius": 2.4, "bezel": (6.5, 7.5, 6.5, 11.0), "depth": 4.6,
+        "screen": (300.0, 187.5), "radius": 4.0, "bezel": (6.5, 7.5, 6.5, 11.0), "depth": 4.6,
         "bevel": 1.2, "rim": 0.9, "buttons": False,
     },
     "display": {

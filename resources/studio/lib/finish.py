@@ -9,7 +9,7 @@ import numpy as np  # noqa: E402
 
 from devices import DEVICES, body_box  # noqa: E402
 
-HOLE_INSET = 0.7  # pixels by which the screenshot reaches under the bezel
+HOLE_INSET = 0.62  # pixels by which the screenshot reaches under the bezel
 
 
 def read_pass(path):
@@ -34,19 +34,28 @@ def tone(linear, exposure):
 
 def clean_colour(colour, alpha):
     """Takes the last grain out of the device while edges stay: a small edge-keeping filter on the encoded colour."""
-    solid = (colour * 255).astype(np.float32)
-    smooth = cv2.bilateralFilter(solid, 5, 5.0, 1.6)
-    return np.where(alpha[..., None] > 0.98, smooth / 255.0, colour)
+    smooth = (colour * 255).astype(np.float32)
+    for reach, keep in ((9, 14.0), (5, 7.0)):
+        smooth = cv2.bilateralFilter(smooth, reach, keep, reach / 2.6)
+    # A pixel on the silhouette has few samples of its own: it takes the colour of the body beside it.
+    weight = (np.clip((alpha - 0.9) / 0.1, 0, 1) ** 2).astype(np.float32)
+    nearby = cv2.GaussianBlur(smooth * weight[..., None], (0, 0), 1.1)
+    total = cv2.GaussianBlur(weight, (0, 0), 1.1)[..., None]
+    edge = np.where(total > 0.02, nearby / np.maximum(total, 1e-6), colour * 255)
+    solid = np.clip((alpha - 0.95) / 0.05, 0, 1)[..., None]
+    return (smooth * solid + edge * (1 - solid)) / 255.0
 
 
-def shadow_alpha(shadow, size, strength):
+def shadow_alpha(shadow, size, strength, far):
     """The catcher's alpha at full size, free of grain, as strong in encoded colours as it was in light."""
     alpha = np.clip(shadow[..., 3], 0, 1).astype(np.float32)
-    for radius in (1.0, 1.6):
-        fine = cv2.GaussianBlur(alpha, (0, 0), radius)
-        alpha = fine
+    if far:  # a shadow thrown on a wall has no contact edge to keep
+        alpha = cv2.GaussianBlur(alpha, (0, 0), 2.0)
+    else:
+        alpha = cv2.GaussianBlur(cv2.bilateralFilter(alpha, 9, 0.06, 3.0), (0, 0), 0.8)
+    enlarged = max(size) / max(alpha.shape)
     alpha = cv2.resize(alpha, size, interpolation=cv2.INTER_CUBIC)
-    alpha = cv2.GaussianBlur(alpha, (0, 0), 2.0)
+    alpha = cv2.GaussianBlur(alpha, (0, 0), 0.8 * enlarged)
     alpha = 1 - (1 - np.clip(alpha, 0, 1)) ** (strength / 2.2)
     width, height = size
     # The room's own dimness reaches far around the subject; only what reads as its shadow is kept.
@@ -90,7 +99,7 @@ def assemble(stage, beauty, shadow, mask, look):
     colour = clean_colour(colour, alpha)
     solid = np.minimum(alpha, 1 - hole)
     solid = np.where(solid < 0.004, 0, solid)
-    dark = shadow_alpha(shadow, canvas, look.get("shadow", 1.4)) * np.clip(1 - solid - hole, 0, 1)
+    dark = shadow_alpha(shadow, canvas, look.get("shadow", 1.4), stage.scene.get("ground") == "wall") * np.clip(1 - solid - hole, 0, 1)
     total = solid + dark
     rgb = colour * (solid / np.maximum(total, 1e-6))[..., None]
     rgb[total <= 0.002] = 0
@@ -107,7 +116,7 @@ def glare_picture(stage, mask, look):
     """The mirror image of a soft box in the glass: a slanted band, strongest at its upper end.
 
     In a flat mirror the image of a rectangular light is a parallelogram on the glass, so it is evaluated
-    there, exactly and without grain. Returns (x, y, RGBA) or nothing.
+    there, exactly and without grain. It covers the rectangle that glare_box names.
     """
     canvas = stage.canvas
     alpha = np.zeros((canvas[1], canvas[0]))
@@ -138,11 +147,18 @@ def glare_picture(stage, mask, look):
         rows, columns = value.shape
         area = (slice(y0, y0 + rows), slice(x0, x0 + columns))
         alpha[area] = np.maximum(alpha[area], value if visible is None else value * visible[area])
-    levels = np.round(alpha * 255).astype(np.uint8)
-    if not levels.any():
-        return None
-    ys, xs = np.nonzero(levels)
-    x0, x1, y0, y1 = xs.min(), xs.max() + 1, ys.min(), ys.max() + 1
-    crop = levels[y0:y1, x0:x1]
-    white = np.where(crop[..., None] > 0, 255, 255).astype(np.uint8)
-    return int(x0), int(y0), np.dstack([white, white, white, crop])
+    x, y, width, height = (int(side * stage.scale) for side in glare_box(stage))
+    levels = np.round(alpha * 255).astype(np.uint8)[y:y + height, x:x + width]
+    white = np.full_like(levels, 255)
+    return np.dstack([white, white, white, levels])
+
+
+def glare_box(stage):
+    """The rectangle of the unscaled canvas that the glare picture covers: the screens with their bezels."""
+    from scenes import Stage
+    base = stage if stage.scale == 1 else Stage(stage.scene)
+    quads = np.concatenate([screen.quad for screen in base.screens()])
+    margin = 0.06 * max(base.canvas)
+    low = np.clip(np.floor(quads.min(axis=0) - margin), 0, base.canvas).astype(int)
+    high = np.clip(np.ceil(quads.max(axis=0) + margin), 0, base.canvas).astype(int)
+    return int(low[0]), int(low[1]), int(high[0] - low[0]), int(high[1] - low[1])

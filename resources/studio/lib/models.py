@@ -29,7 +29,7 @@ def finish(name):
 
 
 def black_glass():
-    return material("black-glass", (0.0035, 0.0035, 0.004), 0, 0.12, 0.22)
+    return material("black-glass", (0.0035, 0.0035, 0.004), 0, 0.12, 0.15)
 
 
 def outline(width, height, radius, inset=0.0, segments=14):
@@ -175,7 +175,7 @@ def side_button(name, x, y, z, length, width, out, look, matrix):
     turn = np.eye(4)
     turn[:3, 0], turn[:3, 1], turn[:3, 2] = (0, 0, -side), (0, 1, 0), (side, 0, 0)
     turn[:3, 3] = (x, y, z)
-    slab(name, (width, length), width / 2 * 0.98, 1.2 + out, look, matrix @ turn, bevel=0.35, bevel_bottom=0.05,
+    slab(name, (width, length), min(width, length) / 2 * 0.98, 1.2 + out, look, matrix @ turn, bevel=0.35, bevel_bottom=0.05,
          centre=(0, 0, out), steps=4, segments=8)
 
 
@@ -194,7 +194,7 @@ def phone(item, matrix, name):
         band = material("band-" + item["finish"], tuple(c * 0.55 for c in FINISHES[item["finish"]][0]), 0.2, 0.5)
         for side in (x + 0.004, x + w - 0.004):
             for height in (y + 13, y + h - 13):
-                side_button(f"{name}-band{side:.0f}{height:.0f}", side, height, middle, 1.1, device["depth"] - 3.0, 0.012, band, matrix)
+                side_button(f"{name}-band{side:.0f}{height:.0f}", side, height, -3.5, 1.1, 5.0, 0.012, band, matrix)
     screen_holdout(device, matrix, name)
 
 

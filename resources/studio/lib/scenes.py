@@ -8,6 +8,7 @@ from devices import DEVICES, hull, screen_corners
 from optics import Camera, Screen, apply, pose, rotation, translation
 
 HERE = os.path.dirname(os.path.abspath(__file__))
+MARKER = 10  # a stored corner is the top-left of a 20 x 20 marker around the corner itself
 SCENES = os.path.join(os.path.dirname(HERE), "scenes")
 
 
@@ -49,7 +50,7 @@ class Stage:
     """A scene with everything placed: devices, camera, and the screens in picture coordinates."""
 
     def __init__(self, scene, scale=1.0):
-        self.scene = scene
+        self.scene, self.scale = scene, scale
         self.canvas = tuple(int(round(side * scale)) for side in scene["canvas"])
         view = scene.get("camera", {})
         self.camera = Camera(self.canvas, view.get("azimuth", 0), view.get("elevation", 0), view.get("fov", 20), view.get("roll", 0))
@@ -83,8 +84,6 @@ class Stage:
     def quad(self, number):
         item, screen_pose, _ = self.screen_device(number)
         seen = self.camera.project(apply(screen_pose, screen_corners(DEVICES[item["kind"]])))
-        if item.get("upside", 0) == 90:  # the screenshot's top is the device's left side
-            seen = seen[[2, 0, 3, 1]]
         return seen
 
     def screen_device(self, number):
@@ -95,6 +94,8 @@ class Stage:
 
     def screens(self):
         """Screens 1 and, where there is one, 2."""
+        if self.scale > 1:  # a larger printing of the same picture: the same corners, multiplied
+            return [screen.scaled(int(self.scale)) for screen in Stage(self.scene).screens()]
         result = []
         for number in (1, 2):
             if not any(item.get("screen", 0) == number for item, _, _ in self.devices):
@@ -103,3 +104,32 @@ class Stage:
             device = DEVICES[item["kind"]]
             result.append(Screen(self.quad(number), device["screen"], device["radius"]))
         return result
+
+
+def definition(scene, factor=1):
+    """The record of one mockup as the catalogue carries it; factor 1 or that of the "-large" printing."""
+    from finish import glare_box
+    stage = Stage(scene)
+    width, height = (side * factor for side in stage.canvas)
+    record = {}
+    shrink = 300 / max(width, height)
+    left, top = (300 - width * shrink) / 2, (300 - height * shrink) / 2
+    corners = ("topLeft", "topRight", "bottomLeft", "bottomRight")
+    screens = [screen.scaled(factor) if factor > 1 else screen for screen in stage.screens()]
+    for suffix, screen in zip(("", "2"), screens):
+        for corner, (x, y) in zip(corners, screen.quad):
+            record[f"{corner}X{suffix}"] = int(round(left + x * shrink)) - MARKER
+            record[f"{corner}Y{suffix}"] = int(round(top + y * shrink)) - MARKER
+        for corner, (x, y) in zip(corners, screen.quad):
+            record[f"F{corner}X{suffix}"] = int(x) - MARKER
+            record[f"F{corner}Y{suffix}"] = int(y) - MARKER
+    record["cornerRadius"] = min(screen.corner_radius for screen in screens)
+    record["noCorner"] = record["cornerRadius"] == 0
+    record["doubleImage"] = len(screens) == 2
+    box = glare_box(stage) if "glare" in scene else (0, 0, 0, 0)
+    record["overlay"] = scene["name"] + "-glare.png" if "glare" in scene else ""
+    for key, value in zip(("glareX", "glareY", "glareWidth", "glareHeight"), box):
+        record[key] = value * factor
+    record["frameWidth"], record["frameHeight"] = width, height
+    record["finalFrameWidth"], record["finalFrameHeight"] = width, height
+    return record

@@ -127,8 +127,8 @@ def configure(samples, threads):
     cycles = scene.cycles
     cycles.samples = samples
     cycles.use_adaptive_sampling = True
-    cycles.adaptive_threshold = 0.008
-    cycles.adaptive_min_samples = 32
+    cycles.adaptive_threshold = 0.012
+    cycles.adaptive_min_samples = 12
     cycles.use_denoising = False
     cycles.max_bounces = 4
     cycles.diffuse_bounces, cycles.glossy_bounces = 2, 3
@@ -148,6 +148,18 @@ def shoot(size, path):
     start = time.time()
     bpy.ops.render.render(write_still=True)
     print(f"PASS {os.path.basename(path)} {size[0]}x{size[1]} {time.time() - start:.1f}", flush=True)
+
+
+def border(stage):
+    """Renders only the part of the canvas that the devices and props can touch."""
+    scene = bpy.context.scene
+    things = [o for o in scene.objects if o.type == "MESH" and o.visible_camera]
+    corners = [np.array(o.matrix_world @ Vector(c)) / SCALE for o in things for c in o.bound_box]
+    seen = stage.camera.project(np.array(corners)) / np.array(stage.canvas)
+    low, high = np.clip(seen.min(axis=0) - 0.01, 0, 1), np.clip(seen.max(axis=0) + 0.01, 0, 1)
+    scene.render.use_border, scene.render.use_crop_to_border = True, False
+    scene.render.border_min_x, scene.render.border_max_x = low[0], high[0]
+    scene.render.border_min_y, scene.render.border_max_y = 1 - high[1], 1 - low[1]
 
 
 def glow(name, colour):
@@ -182,6 +194,7 @@ def main():
     objects = [o for o in bpy.data.objects if o.type == "MESH" and o not in things]
     for thing in things:
         thing.visible_camera = False
+    border(stage)
     shoot(stage.canvas, os.path.join(folder, name + ".beauty.exr"))
 
     for thing in things:
@@ -193,16 +206,17 @@ def main():
     for thing in hidden:
         bpy.data.objects.remove(thing)
     objects = [o for o in objects if o not in hidden]
-    scene_settings = bpy.context.scene.cycles
-    scene_settings.adaptive_threshold = 0.004
-    scene_settings.samples = samples
-    shrink = scene.get("shadow_scale", 0.4)
+    bpy.context.scene.render.use_border = False
+    settings = bpy.context.scene.cycles
+    settings.adaptive_threshold, settings.adaptive_min_samples = 0.008, 16
+    settings.samples = 64
+    # Shadows are soft: a small picture of them, seen through nothing, is enlarged under the device afterwards.
+    shrink = min(1.0, scene.get("shadow_side", 280) / max(stage.canvas))
     shoot(tuple(max(1, int(round(side * shrink))) for side in stage.canvas), os.path.join(folder, name + ".shadow.exr"))
 
     if len(stage.devices) > 1 or scene.get("mask"):
         for thing in things + [o for o in bpy.data.objects if o.type == "LIGHT"]:
             bpy.data.objects.remove(thing)
-        bpy.context.scene.world.node_tree.nodes["Background"].inputs["Strength"].links[0]
         bpy.context.scene.world = bpy.data.worlds.new("dark")
         bpy.context.scene.world.use_nodes = False
         bpy.context.scene.world.color = (0, 0, 0)
@@ -216,7 +230,8 @@ def main():
             thing.data.materials.append(looks[number])
         cycles = bpy.context.scene.cycles
         cycles.max_bounces = 0
-        cycles.samples, cycles.adaptive_min_samples, cycles.adaptive_threshold = 128, 8, 0.02
+        cycles.samples, cycles.adaptive_min_samples, cycles.adaptive_threshold = 96, 6, 0.02
+        border(stage)
         shoot(stage.canvas, os.path.join(folder, name + ".mask.exr"))
 
 
