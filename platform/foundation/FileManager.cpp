@@ -312,8 +312,7 @@ Status SystemFileManager::remove(const std::string& path) {
     if (!isUsable(path)) {
         return unusablePath;
     }
-    // "link/" would name what the link points to.
-    const std::string name = path.substr(0, path.find_last_not_of('/') + 1);
+    const std::string name = removableName(path);
     if (name.empty()) {
         return unusablePath;
     }
@@ -344,6 +343,15 @@ std::string lastPathComponent(std::string_view path) {
     }
     const auto slash = path.find_last_of('/');
     return std::string(slash == std::string_view::npos || path.size() == 1 ? path : path.substr(slash + 1));
+}
+
+std::string removableName(std::string_view path) {
+    // "link/" would name what the link points to.
+    while (!path.empty() && path.back() == '/') {
+        path.remove_suffix(1);
+    }
+    const std::string last = lastPathComponent(path);
+    return last.empty() || last == "." || last == ".." ? std::string() : std::string(path);
 }
 
 std::string deletePathExtension(std::string_view name) {

@@ -47,6 +47,9 @@ public:
 /// Appends one component with exactly one separator between.
 [[nodiscard]] std::string appendPathComponent(std::string_view path, std::string_view component);
 [[nodiscard]] std::string lastPathComponent(std::string_view path);
+/// The path under which the entry itself is removed, a link and not what it points to; empty for the root, for "." and
+/// "..", and for nothing at all, which are never removed.
+[[nodiscard]] std::string removableName(std::string_view path);
 /// The name without its last extension ("a.tar.gz" gives "a.tar"; ".hidden" stays).
 [[nodiscard]] std::string deletePathExtension(std::string_view name);
 /// Whether a name from outside stays in the folder it is appended to: one plain component of 1 to 255 bytes, not "."

@@ -323,10 +323,14 @@ TEST_F(FileManagerTest, removesADirectoryWithAllThatIsBelow) {
     EXPECT_EQ(outside.contentOf("precious"), "x");
 }
 
-TEST_F(FileManagerTest, refusesToRemoveTheRoot) {
-    EXPECT_FALSE(files.remove("/"));
-    EXPECT_FALSE(files.remove("//"));
-    EXPECT_FALSE(files.remove(""));
+// Asked of the name alone: a removal of the root that is not refused would be the last thing the machine does.
+TEST(PathComponents, theRootAndTheDotsAreNeverRemovable) {
+    for (const char* path : {"", "/", "//", ".", "..", "./", "../", "a/.", "a/..", "/..", "a/../"}) {
+        EXPECT_EQ(removableName(path), "") << path;
+    }
+    EXPECT_EQ(removableName("/a/b"), "/a/b");
+    EXPECT_EQ(removableName("/a/link/"), "/a/link");
+    EXPECT_EQ(removableName("...//"), "...");
 }
 
 TEST(PathComponents, appendPutsExactlyOneSeparatorBetween) {
