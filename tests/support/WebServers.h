@@ -32,8 +32,10 @@ class TestAuthority {
 public:
     explicit TestAuthority(std::string folder, const std::string& name = "authority")
         : folder_(std::move(folder)), own_{folder_ + "/" + name + ".pem", folder_ + "/" + name + ".key"} {
-        std::vector<std::string> command = {"openssl", "req", "-x509", "-days", "30", "-subj", "/CN=" + name};
-        isReady_ = runQuietly(withNewKey(command, own_));
+        std::ofstream(folder_ + "/openssl.cnf") << "[req]\ndistinguished_name = name\n[name]\n";
+        isReady_ = runQuietly(withNewKey({"openssl", "req", "-x509", "-days", "30", "-subj", "/CN=" + name, "-addext",
+                                          "basicConstraints=critical,CA:TRUE"},
+                                         own_));
     }
 
     [[nodiscard]] bool isReady() const { return isReady_; }
@@ -51,7 +53,9 @@ public:
     }
 
 private:
-    static std::vector<std::string> withNewKey(std::vector<std::string> command, const Certificate& made) {
+    /// With a configuration of its own, the machine's not being the test's business.
+    [[nodiscard]] std::vector<std::string> withNewKey(std::vector<std::string> command, const Certificate& made) const {
+        command.insert(command.end(), {"-config", folder_ + "/openssl.cnf"});
         for (const char* word : {"-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes", "-keyout"}) {
             command.emplace_back(word);
         }
