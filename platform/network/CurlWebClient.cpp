@@ -151,6 +151,9 @@ struct CurlWebClient::Session {
 
     [[nodiscard]] Result<Bytes> fetch(const std::string& url);
 
+    CurlOptions options;
+    bool isHostLost = false; // the last fetch found nobody, or waited in vain
+
 private:
     template <typename T> void set(CURLoption option, T value) { curl_easy_setopt(handle.get(), option, value); }
     void setLimits();
@@ -164,7 +167,6 @@ private:
         return value;
     }
 
-    CurlOptions options;
     StringList resolve;
     StringList fields;
     std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> handle;
@@ -273,6 +275,8 @@ Result<Bytes> CurlWebClient::Session::fetch(const std::string& url) {
     set(CURLOPT_WRITEDATA, &reply);
     set(CURLOPT_HEADERDATA, &reply);
     const CURLcode code = curl_easy_perform(handle.get());
+    isHostLost =
+        code == CURLE_COULDNT_RESOLVE_HOST || code == CURLE_COULDNT_CONNECT || code == CURLE_OPERATION_TIMEDOUT;
     std::string reason = transportComplaint(code, reply);
     if (reason.empty()) {
         reason = lengthComplaint(reply);
@@ -299,9 +303,23 @@ std::optional<Bytes> CurlWebClient::dataWithContentsOfUrl(const std::string& url
         lastFailure_ = "the host does not exist";
         return std::nullopt;
     }
+    const std::string host(authorityOf(url));
+    if (isHeldOff(host)) {
+        lastFailure_ = "the host could not be reached a moment ago";
+        return std::nullopt;
+    }
     auto document = session_->fetch(url);
+    if (session_->isHostLost) {
+        heldOffUntil_[host] = std::chrono::steady_clock::now() + session_->options.holdOff;
+    }
     lastFailure_ = !document ? document.reason() : document->empty() ? "the document is empty" : "";
     return lastFailure_.empty() ? std::optional(std::move(document).value()) : std::nullopt;
+}
+
+bool CurlWebClient::isHeldOff(const std::string& host) {
+    const auto now = std::chrono::steady_clock::now();
+    std::erase_if(heldOffUntil_, [&](const auto& entry) { return entry.second <= now; });
+    return heldOffUntil_.contains(host);
 }
 
 bool isValidHttpsUrl(std::string_view url) {

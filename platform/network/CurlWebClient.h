@@ -6,6 +6,8 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -23,6 +25,9 @@ struct CurlOptions {
     /// Below `slowestRate` bytes a second on average for so long, a reply is given up.
     std::chrono::seconds patience{5};
     long slowestRate = 256;
+    /// A host that could not be reached or fell silent is not asked again for so long, so that a list of pictures costs
+    /// one wait and not one for each.
+    std::chrono::milliseconds holdOff{10000};
     /// Of the document after decompression.
     std::uint64_t sizeLimit = std::uint64_t{64} << 20;
     long redirectLimit = 3;
@@ -47,7 +52,10 @@ public:
 
 private:
     struct Session;
+    [[nodiscard]] bool isHeldOff(const std::string& host);
+
     std::unique_ptr<Session> session_;
+    std::map<std::string, std::chrono::steady_clock::time_point, std::less<>> heldOffUntil_;
     std::string lastFailure_;
 };
 

@@ -45,6 +45,7 @@ protected:
         options.connectLimit = std::chrono::seconds(2);
         options.patience = std::chrono::seconds(1);
         options.sizeLimit = 4 << 20;
+        options.holdOff = std::chrono::seconds(0);
     }
 
     std::string url(const std::string& path, const std::string& host = "localhost") const {
@@ -172,6 +173,35 @@ TEST_F(FaultsTest, nobodyListeningIsNothingAtOnce) {
     EXPECT_EQ(client().dataWithContentsOfUrl("https://localhost:" + std::to_string(testing::freePort()) + "/good"),
               std::nullopt);
     EXPECT_NE(client().lastFailure(), "");
+}
+
+TEST_F(FaultsTest, aSilentHostCostsAListOfPicturesOneWaitAndNotOneEach) {
+    options.holdOff = std::chrono::seconds(60);
+    const auto start = Clock::now();
+    for (int i = 0; i < 100; ++i) {
+        EXPECT_FALSE(arrives("/silent"));
+    }
+    EXPECT_EQ(client().lastFailure(), "the host could not be reached a moment ago");
+    EXPECT_LT(Clock::now() - start, std::chrono::seconds(3));
+    // The other name of the same maker is another host.
+    EXPECT_NE(client().dataWithContentsOfUrl(url("/good", "www.quillomat.localhost")), std::nullopt)
+        << client().lastFailure();
+}
+
+TEST_F(FaultsTest, aHostThatWasSilentIsAskedAgainAfterAWhile) {
+    options.holdOff = std::chrono::milliseconds(300);
+    EXPECT_FALSE(arrives("/silent"));
+    EXPECT_FALSE(arrives("/good"));
+    std::this_thread::sleep_for(std::chrono::milliseconds(350));
+    EXPECT_EQ(fetch("/good"), document());
+}
+
+TEST_F(FaultsTest, aRefusedDocumentDoesNotHoldOffTheNextOne) {
+    options.holdOff = std::chrono::seconds(60);
+    for (const char* path : {"/404", "/truncated", "/reset", "/endless", "/not-http"}) {
+        EXPECT_FALSE(arrives(path)) << path;
+        EXPECT_EQ(fetch("/good"), document()) << "after " << path;
+    }
 }
 
 TEST_F(FaultsTest, aSteadyStreamWithoutEndStopsAtTheTotalLimit) {
