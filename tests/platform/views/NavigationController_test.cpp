@@ -116,6 +116,18 @@ TEST_F(Navigating, screenTakesAlongWhatItPresents) {
     EXPECT_THAT(stage.happened, IsEmpty());
 }
 
+TEST_F(Navigating, nothingThatWaitedComesUpOnAPoppedScreen) {
+    NavigationController stack(root);
+    stack.push(gallery);
+    const auto leave = std::make_shared<AlertController>("leave", "", AlertStyle::alert);
+    leave->addAction("Ok", ActionStyle::normal, [&] { stack.popToRoot(); });
+    gallery->present(leave);
+    gallery->present(stage.alert("waiting"));
+    gallery->answerAlert(leave->id(), 0);
+    gallery->dismissalEnded(leave->id());
+    EXPECT_EQ(gallery->presented(), nullptr);
+}
+
 TEST_F(Navigating, hostHearsThatAPoppedScreensAlertHasGone) {
     NavigationController stack(root);
     stack.push(gallery);
