@@ -42,9 +42,7 @@ Result<Bytes> pngDocument(const Image& image) {
 }
 
 FolderPhotoLibrary::FolderPhotoLibrary(std::string folder, FileManager& files, std::function<std::string()> now)
-    : folder_(std::move(folder))
-    , files_(files)
-    , now_(now ? std::move(now) : localTime) {}
+    : folder_(std::move(folder)), files_(files), now_(now ? std::move(now) : localTime) {}
 
 FolderPhotoLibrary::~FolderPhotoLibrary() {
     for (auto& thread : asking_) {

@@ -32,7 +32,9 @@ public:
     [[nodiscard]] ViewController& top() const { return *navigation_.top(); }
     /// What stands in front of the top screen and is not leaving.
     [[nodiscard]] std::shared_ptr<AlertController> alert() const { return inFront<AlertController>(); }
-    [[nodiscard]] std::shared_ptr<ImagePickerController> imagePicker() const { return inFront<ImagePickerController>(); }
+    [[nodiscard]] std::shared_ptr<ImagePickerController> imagePicker() const {
+        return inFront<ImagePickerController>();
+    }
     [[nodiscard]] std::shared_ptr<DocumentPickerController> documentPicker() const {
         return inFront<DocumentPickerController>();
     }

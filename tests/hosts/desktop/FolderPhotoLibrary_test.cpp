@@ -67,8 +67,9 @@ TEST_F(FolderPhotoLibraryTest, anUnusableFolderIsDeniedAndTheWriteSaysWhy) {
 
 TEST_F(FolderPhotoLibraryTest, authorizationArrivesOnAnotherThread) {
     std::promise<std::pair<PhotoAuthorization, std::thread::id>> answer;
-    library.requestAuthorization(
-        [&](PhotoAuthorization status) { answer.set_value({status, std::this_thread::get_id()}); });
+    library.requestAuthorization([&](PhotoAuthorization status) {
+        answer.set_value({status, std::this_thread::get_id()});
+    });
     const auto [status, thread] = answer.get_future().get();
     EXPECT_EQ(status, PhotoAuthorization::authorized);
     EXPECT_NE(thread, std::this_thread::get_id());

@@ -53,7 +53,8 @@ TEST_F(UserFoldersTest, picturesVariableWinsOverTheFile) {
 }
 
 TEST_F(UserFoldersTest, picturesFileIsReadFromTheConfigurationFolder) {
-    write(folder / ".config/user-dirs.dirs", "# comment\nXDG_MUSIC_DIR=\"$HOME/M\"\nXDG_PICTURES_DIR=\"$HOME/Bilder\"\n");
+    write(folder / ".config/user-dirs.dirs",
+          "# comment\nXDG_MUSIC_DIR=\"$HOME/M\"\nXDG_PICTURES_DIR=\"$HOME/Bilder\"\n");
     EXPECT_EQ(picturesDirectory(with({{"HOME", folder.string()}})), folder.string() + "/Bilder");
 }
 

@@ -1,0 +1,232 @@
+#include "cli/RenderJob.h"
+
+#include "app/Application.h"
+#include "catalogue/CatalogueDocument.h"
+#include "cli/Messages.h"
+#include "cli/StandardStreams.h"
+#include "editor/EditingViewController.h"
+#include "editor/MockupDefinition.h"
+#include "hosts/desktop/FolderPhotoLibrary.h"
+#include "hosts/desktop/UserFolders.h"
+#include "platform/graphics/ImageFile.h"
+
+#include <array>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+
+namespace quillomat {
+
+namespace {
+
+using std::chrono::steady_clock;
+
+/// The pictures a job brings, named for messages.
+struct Inputs {
+    std::vector<Image> screenshots;
+    Image background;                                  // cut already
+    std::vector<std::pair<std::string, Image>> opened; // name and whole picture
+};
+
+std::string mebibytes(double bytes) {
+    std::array<char, 32> text{};
+    const int length = std::snprintf(text.data(), text.size(), "%.0f MiB", std::ceil(bytes / (1 << 20)));
+    return {text.data(), static_cast<std::size_t>(length)};
+}
+
+Result<Image> openPicture(World& world, const std::string& name, Inputs& inputs) {
+    auto opened = [&]() -> Result<Image> {
+        if (name != "-") {
+            return imageFromFile(world.files(), name, world.platform().imageLimits);
+        }
+        auto bytes = readStandardInput(world.platform().imageLimits.fileBytes);
+        if (!bytes) {
+            return Failure{bytes.reason()};
+        }
+        return imageFromBytes(std::move(bytes).value(), world.platform().imageLimits);
+    }();
+    const std::string shownName = name == "-" ? "standard input" : name;
+    if (!opened) {
+        return Failure{shownName + ": " + opened.reason()};
+    }
+    inputs.opened.emplace_back(shownName, *opened);
+    return opened;
+}
+
+/// What the mockup cannot use is an error, not a silence.
+Status checkJob(const RenderJob& job, const MockupDefinition& definition, const EditingViewController& editor) {
+    const std::size_t screens = definition.hasSecondScreen() ? 2 : 1;
+    if (job.screenshots.size() != screens) {
+        return Failure{job.mockup + ": takes " + (screens == 2 ? "two screenshots" : "one screenshot") + ", not " +
+                       std::to_string(job.screenshots.size())};
+    }
+    if (job.background && definition.hasCreator()) {
+        return Failure{job.mockup + ": an imported mockup with an author takes no background"};
+    }
+    if (job.glare && definition.hasCreator()) {
+        return Failure{job.mockup + ": an imported mockup with an author takes no glare"};
+    }
+    if (!editor.phone()->image()) {
+        return Failure{job.mockup + ": its frame picture " + lookupNameOfMockup(job.mockup) + " is missing"};
+    }
+    return {};
+}
+
+Status checkCanvas(World& world, const RenderJob& job, const MockupDefinition& definition, const Inputs& inputs) {
+    const Size canvas = definition.canvasSize();
+    const ImageLimits& limits = world.platform().imageLimits;
+    if (canvas.width < 1 || canvas.height < 1) {
+        return Failure{job.mockup + ": its canvas has no extent"};
+    }
+    const ImageLimits announced;
+    if (canvas.width > limits.side || canvas.height > limits.side ||
+        canvas.width * canvas.height > static_cast<double>(announced.pixels)) {
+        return Failure{job.mockup + ": its canvas is over the limit"};
+    }
+    double bytes = canvas.width * canvas.height * 4;
+    for (const auto& [name, image] : inputs.opened) {
+        bytes += static_cast<double>(image.pixelSize().area()) * 4;
+    }
+    const auto ceiling = static_cast<double>(world.options().memory);
+    if (bytes > ceiling) {
+        return Failure{job.mockup + ": needs about " + mebibytes(bytes) + ", over the ceiling of " +
+                       mebibytes(ceiling) + " (see --memory)"};
+    }
+    return {};
+}
+
+Result<Inputs> openInputs(World& world, const RenderJob& job, PixelSize canvas) {
+    Inputs inputs;
+    for (const auto& name : job.screenshots) {
+        auto opened = openPicture(world, name, inputs);
+        if (!opened) {
+            return Failure{opened.reason()};
+        }
+        inputs.screenshots.push_back(*opened);
+    }
+    if (!job.background) {
+        return inputs;
+    }
+    const auto opened = openPicture(world, *job.background, inputs);
+    if (!opened) {
+        return Failure{opened.reason()};
+    }
+    const PixelSize size = opened->pixelSize();
+    const PixelRect crop = job.crop.value_or(centredCrop(size, canvas));
+    if (!liesInside(crop, size)) {
+        return Failure{*job.background + ": the crop does not lie inside its " + std::to_string(size.width) + " x " +
+                       std::to_string(size.height) + " pixels"};
+    }
+    // A cut made by hand may be rounded to whole pixels: one per cent off is no distortion anybody meant.
+    const double stretch =
+        (static_cast<double>(crop.width) * canvas.height) / (static_cast<double>(crop.height) * canvas.width);
+    if (job.crop && std::abs(std::log(stretch)) > 0.01) {
+        warn(*job.background, "the crop has another shape than the canvas and is stretched to it");
+    }
+    inputs.background = croppedImage(*opened, crop);
+    return inputs;
+}
+
+/// Switches the glare on; a mockup without a glare picture shows nothing then.
+Status pressGlare(const RenderJob& job, EditingViewController& editor) {
+    if (!job.glare) {
+        return {};
+    }
+    editor.addGlareButton()->press();
+    return editor.overlay()->image() ? Status() : Status(Failure{job.mockup + ": has no glare picture"});
+}
+
+/// The rest of the user's part: picks, the answer about the blur, save.
+void playSession(EditingViewController& editor, HeadlessHost& host, const RenderJob& job, const Inputs& inputs) {
+    // The background comes first: the first screenshot of an imported mockup composes at once.
+    if (inputs.background) {
+        editor.addBGButton()->press();
+        host.pick({inputs.opened.back().second, inputs.background});
+        host.advance(std::chrono::seconds(1));
+        host.press(job.blur ? "Yes" : "No");
+    }
+    editor.addLeftButton()->press();
+    host.pick({inputs.screenshots.front(), {}});
+    if (inputs.screenshots.size() > 1) {
+        editor.addRightButton()->press();
+        host.pick({inputs.screenshots.back(), {}});
+    }
+    host.advance(std::chrono::seconds(1));
+    editor.saveButton()->press();
+}
+
+/// Pictures are decoded when first drawn, so what is wrong with their pixels shows only now.
+Status checkDecoded(const EditingViewController& editor, const RenderJob& job, const Inputs& inputs) {
+    for (const auto& [name, image] : inputs.opened) {
+        if (const auto why = image.source()->failure(); !why.empty()) {
+            return Failure{name + ": " + why};
+        }
+    }
+    if (const auto why = editor.compositionProblem(); !why.empty()) {
+        return Failure{job.mockup + ": " + why};
+    }
+    return {};
+}
+
+Result<std::string> deliver(World& world, const RenderJob& job, const Image& saved) {
+    if (!job.output) {
+        FolderPhotoLibrary library(picturesDirectory(processEnvironment()), world.files());
+        library.writeToSavedPhotosAlbum(saved);
+        return library.lastWrite();
+    }
+    const auto png = pngDocument(saved);
+    if (!png) {
+        return Failure{*job.output + ": " + png.reason()};
+    }
+    const Status written = *job.output == "-" ? writeStandardOutput(*png) : world.files().write(*job.output, *png);
+    if (!written) {
+        return Failure{(*job.output == "-" ? std::string("standard output") : *job.output) + ": " + written.reason()};
+    }
+    return *job.output;
+}
+
+} // namespace
+
+Result<RenderReport> renderMockup(World& world, const RenderJob& job) {
+    const auto start = steady_clock::now();
+    Application application(world.platform());
+    const auto editor =
+        std::dynamic_pointer_cast<EditingViewController>(application.storyboard().instantiate("editingViewController"));
+    editor->setImageInfo(job.mockup);
+    NavigationController navigation(editor);
+    editor->view();
+    HeadlessHost host(navigation, world.queue());
+
+    const MockupDefinition definition(editor->editInfo()[job.mockup]);
+    if (const auto checked = checkJob(job, definition, *editor); !checked) {
+        return Failure{checked.reason()};
+    }
+    const Size canvas = definition.canvasSize();
+    const PixelSize shape{static_cast<int>(canvas.width), static_cast<int>(canvas.height)};
+    const auto inputs = openInputs(world, job, shape);
+    if (!inputs) {
+        return Failure{inputs.reason()};
+    }
+    if (const auto checked = checkCanvas(world, job, definition, *inputs); !checked) {
+        return Failure{checked.reason()};
+    }
+    if (const auto pressed = pressGlare(job, *editor); !pressed) {
+        return Failure{pressed.reason()};
+    }
+    playSession(*editor, host, job, *inputs);
+    if (const auto checked = checkDecoded(*editor, job, *inputs); !checked) {
+        return Failure{checked.reason()};
+    }
+    const Image& saved = world.photos().saved();
+    if (!saved) {
+        return Failure{job.mockup + ": no picture was composed"};
+    }
+    const auto output = deliver(world, job, saved);
+    if (!output) {
+        return Failure{output.reason()};
+    }
+    return RenderReport{*output, saved.pixelSize(),
+                        std::chrono::duration_cast<std::chrono::milliseconds>(steady_clock::now() - start)};
+}
+
+} // namespace quillomat
