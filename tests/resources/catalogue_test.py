@@ -110,6 +110,7 @@ class Catalogue(unittest.TestCase):
         if not sample.exists():
             self.skipTest("no samples beside this catalogue")
         name = sample.read_text().strip()
+        name += "" if name.endswith(".png") else ".png"
         listed = [n for entry in self.document["viewInfo"].values() for n in entry["images"]]
         self.assertIn(name, listed)
         self.assertFalse(self.definitions[name].get("doubleImage"))

@@ -101,14 +101,16 @@ class Phone:
     """A 19.5 : 9 phone: satin frame, black glass, thin even bezel, one small round camera."""
 
     SCREEN_W, SCREEN_H, SCREEN_R = 66.0, 143.05, 9.0
-    BEZEL, LIP = 1.9, 1.35
+    BEZEL, LIP, ROUNDING = 1.9, 1.35, 1.8
+    BUTTONS = ((1, -28, 20), (-1, -34, 11), (-1, -20, 11))  # side, middle, length
+    CAMERA_Y, CAMERA_SIZE = 5.2, 1.0
 
     def __init__(self, colour, grid=1, inset=1.0):
         self.grid, self.inset = grid, inset
         border = 2 * (self.BEZEL + self.LIP)
         self.colour = METALS[colour]
         self.body = Slab(self.SCREEN_W + border, self.SCREEN_H + border,
-                         self.SCREEN_R + self.BEZEL + self.LIP + 1.8, 7.8, self.LIP, self.colour)
+                         self.SCREEN_R + self.BEZEL + self.LIP + self.ROUNDING, 7.8, self.LIP, self.colour)
 
     def screen(self, camera):
         return Screen(camera, self.SCREEN_W, self.SCREEN_H, self.SCREEN_R, self.grid)
@@ -136,7 +138,7 @@ class Phone:
     def _buttons(self, canvas, camera, in_front):
         """The keys on the two long sides: on a side that shows, they lie over the body; else behind it."""
         half = self.body.width / 2
-        for side, y, length in ((1, -28, 20), (-1, -34, 11), (-1, -20, 11)):
+        for side, y, length in self.BUTTONS:
             z = -self.body.thickness / 2
             shows = camera.faces_viewer(np.array([[side * half, y, z]]), np.array([[side, 0.0, 0.0]]))[0]
             if shows != in_front:
@@ -160,14 +162,26 @@ class Phone:
                       0.10 * camera.scale)
 
     def _camera(self, canvas, camera):
-        y = -self.SCREEN_H / 2 + 5.2
+        y, size = -self.SCREEN_H / 2 + self.CAMERA_Y, self.CAMERA_SIZE
+
         def ring(radius, dx=0.0, dy=0.0):
+            radius, dx, dy = radius * size, dx * size, dy * size
             return camera.flat(soft_rect(2 * radius, 2 * radius, radius, centre=(dx, y + dy), exponent=2.0))
         canvas.fill(ring(1.95), rgb('#050607'))
         canvas.fill(ring(1.25), rgb('#0e1116'))
         canvas.fill(ring(0.95), rgb('#121a2a'))
         canvas.fill(ring(0.55), rgb('#070a12'))
         canvas.fill(ring(0.20, -0.34, -0.38), (0.72, 0.82, 1.0, 0.75))
+
+
+class Tablet(Phone):
+    """A 4 : 3 tablet, upright: a wider bezel that holds the camera, and small corners. Its body covers the corners
+    of the screen's bounding box, which the composition of very tall screens paints black."""
+
+    SCREEN_W, SCREEN_H, SCREEN_R = 160.0, 213.34, 4.6
+    BEZEL, LIP, ROUNDING = 8.0, 1.5, 0.0
+    BUTTONS = ((1, -78, 24), (1, -50, 24))
+    CAMERA_Y, CAMERA_SIZE = -4.0, 0.75
 
 
 class _Shifted:

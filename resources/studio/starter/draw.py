@@ -76,7 +76,8 @@ def write_catalogue(path, version, rows, definitions):
 def draw_samples(folder):
     folder.mkdir(parents=True, exist_ok=True)
     shots = {'screenshot.png': samples.trail_screen(), 'screenshot-2.png': samples.rest_screen(),
-             'screenshot-wide.png': samples.studio_screen()}
+             'screenshot-wide.png': samples.studio_screen(),
+             'screenshot-tablet.png': samples.recipe_screen()}
     for name, pixels in shots.items():
         save_png(folder / name, pixels)
     Image.fromarray(samples.background()).save(folder / 'background.jpg', quality=87, optimize=True)
@@ -90,7 +91,8 @@ def draw_frames(resources):
     silver = frames.upright('phone-silver.png', (3000, 3000), 'silver').add_glare()
     sand = frames.upright('phone-sand.png', (3000, 3000), 'sand', grid=2).add_glare()
     tilted = frames.tilted('phone-tilted.png', (3000, 3000), 'silver').add_glare()
-    tall = frames.close_up('phone-close-up.png', (2700, 3600), 'blue')
+    # Its hole is rounded by the picture alone: a very tall screen is flattened at half size, where a radius means another.
+    tall = frames.tall('tablet-upright.png', (3000, 3600), 'graphite', noCorner=True).add_glare(0.10)
     pair = frames.duo('phones-crossed.png', (3000, 3000), 'silver', 'graphite')
     desk = frames.display('display-front.png', (3000, 2400), 'silver').add_glare(0.09)
 
@@ -101,8 +103,9 @@ def draw_frames(resources):
         save_frame(images, frame)
 
     one, two, wide = samples.trail_screen(), samples.rest_screen(), samples.studio_screen()
+    leaf = samples.recipe_screen()
     previews = {'row-upright.png': (graphite, [one]), 'row-perspective.png': (tilted, [two]),
-                'row-sizes.png': (sand, [two]), 'row-close-up.png': (tall, [one]),
+                'row-sizes.png': (sand, [two]), 'row-tablets.png': (tall, [leaf]),
                 'row-pairs.png': (pair, [one, two]), 'row-desk.png': (desk, [wide])}
     for name, (frame, shots) in previews.items():
         save_png(images / name, compose(frame, shots, 285))
@@ -115,10 +118,10 @@ def draw_frames(resources):
          'row-perspective.png', ['phone-tilted.png']),
         ('Two sizes', 'One frame for the web and, large, for print.', '1500 and 3000',
          'row-sizes.png', ['phone-sand.png', 'phone-sand-large.png']),
-        ('Close up', 'A tall canvas that the phone nearly fills.', '2700 × 3600',
-         'row-close-up.png', ['phone-close-up.png']),
         ('Pairs', 'Two phones, two screenshots, one shadow over the other.', '3000 × 3000',
          'row-pairs.png', ['phones-crossed.png']),
+        ('Tablets', 'Upright, on a tall canvas that it nearly fills.', '3000 × 3600',
+         'row-tablets.png', ['tablet-upright.png']),
         ('Desk', 'A wide display with square corners.', '3000 × 2400',
          'row-desk.png', ['display-front.png']),
         ('Imported', 'Frames of your own. Add them with Options.', '', 'row-imported.png', []),
@@ -133,7 +136,7 @@ def draw_fixtures(folder):
     tilt = frames.tilted('tilted.png', (480, 480), 'silver')
     two = frames.duo('duo.png', (520, 480), 'silver', 'graphite')
     pair = frames.upright('pair.png', (480, 480), 'sand', grid=2)
-    tall = frames.close_up('tall.png', (1800, 3360), 'blue')
+    tall = frames.tall('tall.png', (2520, 3440), 'blue')
     square = frames.display('square.png', (500, 400), 'silver')
     small = frames.upright('small-frame.png', (400, 440), 'white')
     small.rectangle = (400, 440)

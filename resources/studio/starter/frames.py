@@ -4,7 +4,7 @@ import math
 
 import numpy as np
 
-from devices import Display, Phone, Screen, glare
+from devices import Display, Phone, Screen, Tablet, glare
 from scene import Camera, Canvas
 
 MARKER = 10  # a stored corner is the origin of a 20 x 20 marker; the corner is its centre
@@ -131,10 +131,14 @@ def display(name, size, colour):
     return Frame(name, canvas, [Display(colour).draw(canvas, camera)], noCorner=True)
 
 
-def close_up(name, size, colour):
-    """A very large phone: its screen box is 2731 pixels tall or more, where the composition flattens
+def tall(name, size, colour, **flags):
+    """A tablet so large that its screen box is 2731 pixels tall or more, where the composition flattens
     the screen at half size, and whatever the warped screen leaves of its box turns black. Front on,
-    it leaves nothing but what the bezel covers."""
-    frame = upright(name, size, colour, fill=0.86, lift=0.01, reach=0.62)
+    it leaves nothing but what the body covers."""
+    width, height = size
+    device = Tablet(colour, grid=2, inset=2.0)
+    camera = Camera((width / 2, height * 0.488), 0.885 * height / device.body.height)
+    frame = phone_frame(name, size, camera, device, 0.62)
+    frame.flags.update(flags)
     assert frame.screens[0].box[3] >= 2731
     return frame

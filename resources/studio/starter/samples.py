@@ -367,6 +367,64 @@ def studio_screen():
     return page.pixels()
 
 
+def recipe_screen():
+    """A cookery book on a tablet: portrait, 4 : 3."""
+    page = Page(1620, 2160, 2)
+    w, h = page.width, page.height
+    ink, paper, accent = rgb('#2b2320'), rgb('#fbf7f1'), rgb('#c8553d')
+    page.box(0, 0, w, h, 0.01, paper)
+    page.c.save()
+    page.c.rectangle(0, 0, w, 470)
+    page.c.clip()
+    page.box(0, 0, w, 470, 0.01, linear(0, 0, w, 470, [(0, rgb('#f4c98b')), (0.55, rgb('#e79a6b')), (1, rgb('#b9553f'))]))
+    page.disc(w * 0.62, 262, 232, (0.20, 0.08, 0.05, 0.18))
+    page.disc(w * 0.61, 250, 226, rgb('#fdf6ea'))
+    page.disc(w * 0.61, 250, 188, rgb('#f3e3cc'))
+    page.disc(w * 0.61, 250, 176, linear(w * 0.45, 90, w * 0.75, 420, [(0, rgb('#f0a04b')), (1, rgb('#d9662f'))]))
+    random = np.random.default_rng(11)
+    for _ in range(26):
+        angle, reach = random.random() * 2 * math.pi, 150 * math.sqrt(random.random())
+        x, y = w * 0.61 + reach * math.cos(angle), 250 + reach * math.sin(angle)
+        tint = (rgb('#f7d070'), rgb('#8fae5d'), rgb('#b23a2e'), rgb('#fff1d0'))[random.integers(4)]
+        page.disc(x + 1.5, y + 2.5, 8 + 12 * random.random(), (0.25, 0.08, 0.02, 0.22))
+        page.disc(x, y, 7 + 11 * random.random(), tint)
+    page.c.restore()
+    page.text(40, 36, '18:05', 15, ink, 'SemiBold')
+    page.text(40, 96, 'SUNDAY', 13, tuple(ink) + (0.75,), 'SemiBold', spacing=2)
+    page.box(0, 430, w, h, 30, paper)
+    page.text(40, 500, 'Pumpkin and sage', 42, ink, 'Bold')
+    page.text(40, 532, 'A pan, an oven and forty minutes', 18, tuple(ink) + (0.6,))
+    for k, (value, label) in enumerate((('4', 'people'), ('40', 'minutes'), ('1', 'pan'))):
+        x = 40 + 150 * k
+        page.box(x, 560, 136, 68, 18, (1, 1, 1))
+        page.text(x + 18, 604, value, 27, accent, 'SemiBold')
+        page.c.select_font_face(f'{FONT} SemiBold')
+        page.c.set_font_size(27)
+        page.text(x + 26 + page.c.text_extents(value).x_advance, 604, label, 15, tuple(ink) + (0.6,))
+    page.text(40, 686, 'You need', 20, ink, 'SemiBold')
+    for k, item in enumerate(('1 small pumpkin', '2 red onions', '12 leaves of sage', '3 spoons of oil', '80 g of hazelnuts',
+                              'Salt and pepper')):
+        y = 722 + 42 * k
+        page.box(40, y - 14, 20, 20, 6, accent if k < 2 else tuple(ink) + (0.12,))
+        if k < 2:
+            page.line([(45, y - 4), (49, y), (55.5, y - 8)], (1, 1, 1), 2.2)
+        page.text(74, y + 2, item, 17, ink if k >= 2 else tuple(ink) + (0.45,))
+    page.text(360, 686, 'How it goes', 20, ink, 'SemiBold')
+    steps = (('Cut the pumpkin into wedges, the onions into', 'quarters. Leave the skin on, it turns soft.'),
+             ('Turn both in oil and salt, spread them in the', 'pan and bake them at 200 degrees.'),
+             ('After half an hour add the nuts and the sage,', 'and wait for the edges to darken.'),
+             ('Serve it in the pan, with bread and a green', 'salad beside it.'))
+    for k, lines in enumerate(steps):
+        y = 722 + 72 * k
+        page.disc(374, y - 2, 14, tuple(accent) + (0.14,))
+        page.text(374, y + 3.5, str(k + 1), 15, accent, 'SemiBold', align=0.5)
+        for row, text in enumerate(lines):
+            page.text(402, y + 3 + 25 * row, text, 17, tuple(ink) + (0.85,))
+    page.box(40, h - 86, w - 80, 58, 29, accent)
+    page.text(w / 2, h - 51, 'Start cooking', 18, (1, 1, 1), 'SemiBold', align=0.5)
+    return page.pixels()
+
+
 def imported_preview(size):
     """The picture of the row for the user's own frames: an outline, waiting, with a plus."""
     n = size * 4
