@@ -17,19 +17,19 @@ constexpr auto picturesPath = "/quillomat/updates/images/";
 } // namespace
 
 RevisionCheck SelectionTableViewController::checkVersion() {
-    latestCheck_ = {};
-    latestCheck_.local = revisionOf(JSONFromFile());
+    RevisionCheck check;
+    check.local = revisionOf(JSONFromFile());
     if (const auto reply = platform().web.dataWithContentsOfUrl(platform().server.shortUrl(cataloguePath))) {
         if (const auto published = parseJson(*reply)) {
-            latestCheck_.published = revisionOf(*published);
+            check.published = revisionOf(*published);
         }
     }
-    if (latestCheck_.isUpdateAvailable()) {
+    if (check.isUpdateAvailable()) {
         showUpdateButton();
     } else {
         navigationItem.rightBarButtonItem.reset();
     }
-    return latestCheck_;
+    return check;
 }
 
 void SelectionTableViewController::showUpdateButton() {

@@ -57,8 +57,6 @@ public:
     // Update --------------------------------------------------------------------------------------------------------
     /// Compares the published revision with the local one; shows the update button or clears it.
     RevisionCheck checkVersion();
-    /// What the latest comparison found.
-    [[nodiscard]] const RevisionCheck& latestCheck() const { return latestCheck_; }
     void showUpdateButton();
     UpdateReport update();
 
@@ -91,7 +89,6 @@ private:
 
     CatalogueDocument document_;
     Value tableItems_;
-    RevisionCheck latestCheck_;
 };
 
 } // namespace quillomat

@@ -114,13 +114,15 @@ TEST_F(UpdateTest, comparisonAsksTheShortHostFormOnceAtEveryLoading) {
 
 TEST_F(UpdateTest, comparisonTellsWhatItFound) {
     offersUpdate(versionOnly("1.9"), versionOnly("1.10"));
-    EXPECT_EQ(list().latestCheck().local, "1.9");
-    EXPECT_EQ(list().latestCheck().published, "1.10");
+    const RevisionCheck later = list().checkVersion();
+    EXPECT_EQ(later.local, "1.9");
+    EXPECT_EQ(later.published, "1.10");
+    EXPECT_TRUE(later.isUpdateAvailable());
     fake.web.replies.clear();
-    const RevisionCheck check = list().checkVersion();
-    EXPECT_EQ(check.local, "1.9");
-    EXPECT_FALSE(check.published);
-    EXPECT_FALSE(check.isUpdateAvailable());
+    const RevisionCheck silent = list().checkVersion();
+    EXPECT_EQ(silent.local, "1.9");
+    EXPECT_FALSE(silent.published);
+    EXPECT_FALSE(silent.isUpdateAvailable());
 }
 
 TEST_F(UpdateTest, buttonIsDoneStyledWithABoldTwelvePointTitle) {
