@@ -23,8 +23,8 @@ double clampedRadius(const RoundedRect& shape) {
     return shape.radius > 0 ? std::min(shape.radius, half) : 0;
 }
 
-/// How many chords keep a projected quarter circle within a hundredth of a pixel: the sagitta of an arc of radius r
-/// and angle t is about r t² / 8.
+/// How many chords keep a projected quarter circle within a few thousandths of a pixel: the sagitta of an arc of radius
+/// r and angle t is about r t² / 8.
 int segmentsForArc(const Homography& map, Point start, Point end) {
     const auto a = map.project(start);
     const auto b = map.project(end);
@@ -32,7 +32,7 @@ int segmentsForArc(const Homography& map, Point start, Point end) {
         return mostSegmentsPerArc;
     }
     const double chord = std::hypot(a->x - b->x, a->y - b->y);
-    const double count = std::ceil(5.6 * std::sqrt(chord));
+    const double count = std::ceil(9 * std::sqrt(chord));
     return count < mostSegmentsPerArc ? std::max(2, static_cast<int>(count)) : mostSegmentsPerArc;
 }
 

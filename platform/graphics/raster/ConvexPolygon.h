@@ -12,9 +12,9 @@ namespace quillomat::raster {
 /// Corners in canvas pixels, in the order that gives a positive shoelace area; fewer than three mean nothing.
 using Polygon = std::vector<Point>;
 
-/// The shape flattened to a hundredth of a pixel, projected, cut to positive w and to the canvas. A crossed quad's map
-/// changes the sign of w inside the shape: the part in front of the viewer is what is drawn. Nothing for shapes and
-/// maps that are empty, collapsed or not finite.
+/// The shape flattened to a few thousandths of a pixel, projected, cut to positive w and to the canvas. A crossed
+/// quad's map changes the sign of w inside the shape: the part in front of the viewer is what is drawn. Nothing for
+/// shapes and maps that are empty, collapsed or not finite.
 [[nodiscard]] Polygon visibleOutline(const Homography& map, const RoundedRect& shape, PixelSize canvas);
 
 /// The part of one convex polygon inside another.

@@ -15,14 +15,14 @@ struct PixelView {
 };
 
 /// A sheared separable footprint, the same over a stretch of pixels. Positions are in 1/64 of a picture's pixel, the
-/// centre of the first pixel being 0. The tables have one line of 12 weights for each of the 64 phases; tap t of a
-/// line belongs to the whole position plus `firstTap` plus t.
+/// centre of the first pixel being 0. The tables have one line of 16 weights for each of the 64 phases, of which `taps`
+/// count; tap t of a line belongs to the whole position - taps / 2 + 1 + t.
 struct Footprint {
     PixelView picture;
     const std::uint8_t* columnWeights = nullptr; // 16 bytes a line, sum 128, none over 127
     const std::int16_t* rowWeights = nullptr;    // 16 numbers a line, sum 32768, none over 32767
-    int columnTaps = 4;                          // 4, 8 or 12
-    int rowTaps = 4;                             // 4, 8 or 12
+    int columnTaps = 4;                          // 4, 8, 12 or 16
+    int rowTaps = 4;                             // 4, 8, 12 or 16
     std::int32_t shear = 0;                      // columns per row, times 65536
 };
 

@@ -3,6 +3,8 @@
 
 #include "platform/graphics/raster/Kernels.h"
 
+#include <array>
+
 namespace quillomat::raster {
 
 /// The weight that a sample at distance t gets under a box of that width over the linear reconstruction; of sum 1 over
@@ -11,16 +13,20 @@ namespace quillomat::raster {
 /// R. Keys's cubic convolution (1981) with a = -1/2.
 [[nodiscard]] double keysCubic(double t);
 
-/// Widths in the tables: sixteenths of a pixel, up to `widest`.
-constexpr int widthSteps = 16;
-constexpr int widest = 10;
+/// Two boxes and a tent, convolved.
+[[nodiscard]] double boxBoxTent(double t, double width, double otherWidth);
 
-/// Tables for one box width: 64 lines of 16 weights, of which the first `taps` count (see Footprint).
+/// The widths of two boxes together that the tables hold.
+constexpr double widestBoxes = 14;
+
+/// Tables for one pair of boxes: 64 lines of 16 weights, of which the first `taps` count (see Footprint).
 struct PhaseTable {
-    const std::uint8_t* columns = nullptr;
-    const std::int16_t* rows = nullptr;
+    std::array<std::uint8_t, std::size_t{phases} * weightLine> columns{};
+    std::array<std::int16_t, std::size_t{phases} * weightLine> rows{};
     int taps = 4;
 };
-[[nodiscard]] PhaseTable phaseTable(double boxWidth);
+/// The widths are rounded to sixteenths below 2, to eighths above. Each table is made when it is first asked for and
+/// kept; asking is safe from any thread.
+[[nodiscard]] const PhaseTable& phaseTable(double boxWidth, double otherWidth);
 
 } // namespace quillomat::raster

@@ -9,16 +9,33 @@ namespace quillomat::raster {
 
 namespace {
 
-constexpr int segmentLength = 64;
+constexpr int longestSegment = 64;
+constexpr int shortestSegment = 4;
+constexpr double largestChange = 0.04;
 
-// A pixel's square goes to a parallelogram on the picture, whose box profile convolved with the bilinear
-// reconstruction is the ideal footprint. Its second moments C (in units in which a box of width s has s²) are kept by a
-// sheared separable filter: rows weighted by a box of width √Cvv and a tent, shifted by Cuv / (Cvv + 2) columns a row
-// (the tent has a moment of 2), columns by a box of what is left of Cuu and a tent.
-struct Moments {
-    double uu = 0;
-    double uv = 0;
-    double vv = 0;
+// A pixel's square goes to a parallelogram on the picture, spanned by where a step right and a step down lead: r and d.
+// Convolved with the bilinear reconstruction's tents it is the ideal footprint. What is drawn is a sheared separable
+// filter with its exact profiles: rows are weighted by two boxes, as wide as the rows that r and d cross, and a tent;
+// each row is shifted by k columns per row, k = Cuv / (Cvv + 2), which makes columns and rows uncorrelated (C being
+// r rT + d dT, in units in which a box of width s has s² and a tent 2); columns by what the shear leaves of r and d.
+struct Steps {
+    double rightU = 0;
+    double rightV = 0;
+    double downU = 0;
+    double downV = 0;
+};
+
+/// Two box widths.
+struct Boxes {
+    double a = 0;
+    double b = 0;
+
+    [[nodiscard]] double squared() const { return a * a + b * b; }
+    [[nodiscard]] Boxes scaledTo(double squares) const {
+        const double now = squared();
+        const double scale = now > 0 ? std::sqrt(squares / now) : 0;
+        return {a * scale, b * scale};
+    }
 };
 
 /// What a box of squared width `squared` leaves for a picture halved to 1/`factor`: halving has averaged `factor`
@@ -29,7 +46,7 @@ double squaredWidthAtLevel(double squared, double factor) {
 
 int levelForWidth(double width) {
     int level = 0;
-    while (width > widest && level < 20) {
+    while (width > widestBoxes && level < 20) {
         width /= 2;
         ++level;
     }
@@ -42,11 +59,12 @@ public:
         : size_(picture->size()), pyramid_(std::move(picture)), map_(canvasToPicture), kernels_(kernels) {}
 
     void row(int y, int left, int right, std::uint8_t* out, SamplerScratch& scratch) const override {
-        scratch.u.resize(segmentLength);
-        scratch.v.resize(segmentLength);
+        scratch.u.resize(longestSegment);
+        scratch.v.resize(longestSegment);
         while (left < right) {
-            // Stretches end at fixed columns, so that what a pixel looks like does not depend on its row's extent.
-            const int end = std::min(right, (left / segmentLength + 1) * segmentLength);
+            const int length = lengthAt(y, left);
+            // Stretches end at multiples of their lengths, however far the row reaches.
+            const int end = std::min(right, (left / length + 1) * length);
             segment(y, left, end, out, scratch);
             out += static_cast<std::ptrdiff_t>(end - left) * 4;
             left = end;
@@ -60,44 +78,58 @@ private:
         double scaleV = 1;
     };
 
-    [[nodiscard]] Moments momentsAt(double x, double y) const {
+    /// How many pixels may share a footprint, which grows as w falls: over them w changes by a few hundredths.
+    [[nodiscard]] int lengthAt(int y, int x) const {
+        const double w = (x + 0.5) * map_.m[2] + (y + 0.5) * map_.m[5] + map_.m[8];
+        const double changePerPixel = std::abs(map_.m[2] / w);
+        int length = longestSegment;
+        while (length > shortestSegment && !(changePerPixel * length < largestChange)) {
+            length /= 2;
+        }
+        return length;
+    }
+
+    [[nodiscard]] Steps stepsAt(double x, double y) const {
         const auto& m = map_.m;
         const double w = x * m[2] + y * m[5] + m[8];
         const double u = (x * m[0] + y * m[3] + m[6]) / w;
         const double v = (x * m[1] + y * m[4] + m[7]) / w;
-        const double ux = (m[0] - u * m[2]) / w;
-        const double uy = (m[3] - u * m[5]) / w;
-        const double vx = (m[1] - v * m[2]) / w;
-        const double vy = (m[4] - v * m[5]) / w;
         const double most = 4.0 * std::max(size_.width, size_.height);
         const auto bounded = [most](double value) {
             return value > -most ? (value < most ? value : most) : -most; // NaN becomes -most
         };
-        const double a = bounded(ux), b = bounded(uy), c = bounded(vx), d = bounded(vy);
-        return {a * a + b * b, a * c + b * d, c * c + d * d};
+        return {bounded((m[0] - u * m[2]) / w), bounded((m[1] - v * m[2]) / w), bounded((m[3] - u * m[5]) / w),
+                bounded((m[4] - v * m[5]) / w)};
     }
 
     [[nodiscard]] Level levelAt(double x, double y) const {
-        const Moments moments = momentsAt(x, y);
-        const int levelV = levelForWidth(std::sqrt(moments.vv));
+        const Steps step = stepsAt(x, y);
+        const Boxes fullRows{std::abs(step.rightV), std::abs(step.downV)};
+        const int levelV = levelForWidth(fullRows.a + fullRows.b);
         const double factorV = 1 << levelV;
-        const double vv = squaredWidthAtLevel(moments.vv, factorV);
-        const double shear = moments.uv / factorV / (vv + 2);
-        const double uu = std::max(0.0, moments.uu - moments.uv / factorV * shear);
-        const int levelU = levelForWidth(std::sqrt(uu));
+        const Boxes rows = fullRows.scaledTo(squaredWidthAtLevel(fullRows.squared(), factorV));
+        const double covariance = (step.rightU * step.rightV + step.downU * step.downV) / factorV;
+        const double shear = covariance / (rows.squared() + 2);
+
+        const Boxes sheared{std::abs(step.rightU - shear * step.rightV / factorV),
+                            std::abs(step.downU - shear * step.downV / factorV)};
+        const double squares = std::max(0.0, step.rightU * step.rightU + step.downU * step.downU - covariance * shear);
+        const Boxes fullColumns = sheared.scaledTo(squares);
+        const int levelU = levelForWidth(fullColumns.a + fullColumns.b);
         const double factorU = 1 << levelU;
+        const Boxes columns = fullColumns.scaledTo(squaredWidthAtLevel(squares, factorU));
 
         Level level;
         level.scaleU = 1 / factorU;
         level.scaleV = 1 / factorV;
         level.footprint.picture = pyramid_.level(levelU, levelV);
-        const PhaseTable columns = phaseTable(std::sqrt(squaredWidthAtLevel(uu, factorU)));
-        const PhaseTable rows = phaseTable(std::sqrt(vv));
-        level.footprint.columnWeights = columns.columns;
-        level.footprint.columnTaps = columns.taps;
-        level.footprint.rowWeights = rows.rows;
-        level.footprint.rowTaps = rows.taps;
-        // Beyond 32 columns a row nothing is told apart that 12 rows of taps could show.
+        const PhaseTable& columnTable = phaseTable(columns.a, columns.b);
+        const PhaseTable& rowTable = phaseTable(rows.a, rows.b);
+        level.footprint.columnWeights = columnTable.columns.data();
+        level.footprint.columnTaps = columnTable.taps;
+        level.footprint.rowWeights = rowTable.rows.data();
+        level.footprint.rowTaps = rowTable.taps;
+        // Beyond 32 columns a row nothing is told apart that so few rows of taps could show.
         level.footprint.shear =
             static_cast<std::int32_t>(std::lround(std::clamp(shear / factorU, -32.0, 32.0) * 65536));
         return level;
