@@ -14,6 +14,11 @@ namespace {
 
 constexpr Rect compositePreview = makeRect(0, 0, 1080, 1080);
 
+std::string extentText(Size size) {
+    return std::to_string(truncatedInteger(size.width)) + " x " + std::to_string(truncatedInteger(size.height)) +
+           " pixels";
+}
+
 double turn(Point a, Point b, Point c) {
     return (b.x - a.x) * (c.y - b.y) - (b.y - a.y) * (c.x - b.x);
 }
@@ -55,7 +60,7 @@ Image EditingViewController::composePicture() {
 
     contexts_.begin(canvasSize, /*scale=*/1);
     if (contexts_.current().pixelSize().isEmpty())
-        noteProblem("a canvas of " + stringFromSize(canvasSize) + " pixels cannot be made");
+        noteProblem("a canvas of " + extentText(canvasSize) + " cannot be made");
     drawPicture("background", backdrop, canvas);
     if (!state_.designMode) {
         drawFirstScreen();
@@ -157,7 +162,7 @@ void EditingViewController::checkDefinition(const MockupDefinition& definition) 
     if (definition.hasSecondScreen() && !isStrictlyConvex(definition.storedCorners("F", "2")))
         noteProblem("the corners of screen 2 do not enclose a convex area");
     if (definition.frameRect().isEmpty())
-        noteProblem("the frame's size " + stringFromSize(definition.frameRect().size) + " has no extent");
+        noteProblem("a frame picture drawn at " + extentText(definition.frameRect().size) + " cannot be seen");
 }
 
 void EditingViewController::notePicture(std::string role, const Image& picture) {

@@ -50,7 +50,7 @@ void EditingViewController::resetTransformedImageView() {
     }
     contexts_.begin(former.size, platform().screen.scale);
     if (contexts_.current().pixelSize().isEmpty())
-        noteProblem("screen 1 of " + stringFromSize(former.size) + " pixels cannot be drawn");
+        noteProblem("the box of screen 1, " + stringFromSize(former.size) + ", cannot be drawn");
     setBoundingBox(*contentView_, {{0, 0}, former.size});
     const Size size = contentView_->frame().size;
     log("Width of screenshotView " + fixedPoint(size.width));
@@ -82,7 +82,7 @@ void EditingViewController::resetTransformedImageViewOverAmount() {
     logHalvingDifferences(former, contentView_->frame());
 
     const Size size = contentView_->frame().size;
-    const auto moveable = std::make_shared<View>(Rect{{0, static_cast<double>(-movedY)}, size});
+    const auto moveable = std::make_shared<View>(Rect{{0, static_cast<double>(0.0F - movedY)}, size});
     log("moveableview " + stringFromRect(moveable->frame()));
     moveable->backgroundColor = Color::black();
     setBoundingBox(*contentView_, half);
@@ -92,7 +92,7 @@ void EditingViewController::resetTransformedImageViewOverAmount() {
 
     contexts_.begin(holder->bounds().size, platform().screen.scale);
     if (contexts_.current().pixelSize().isEmpty())
-        noteProblem("screen 1 of " + stringFromSize(former.size) + " pixels cannot be drawn");
+        noteProblem("the box of screen 1, " + stringFromSize(former.size) + ", cannot be drawn");
     drawViewHierarchy(*holder, holder->bounds(), contexts_.current());
     const auto flat = std::make_shared<ImageView>(contexts_.imageFromCurrent());
     contexts_.end();
