@@ -1,8 +1,67 @@
 #include "platform/graphics/Bitmap.h"
 
-namespace quillomat {
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <new>
 
-Bitmap::Bitmap(PixelSize size) : size_(size.isEmpty() ? PixelSize{} : size), bytes_(size_.area() * 4) {}
+#if defined(__linux__)
+#include <sys/mman.h>
+#endif
+
+namespace quillomat {
+namespace {
+
+constexpr std::size_t roomBehind = 64;
+constexpr std::size_t largePage = std::size_t{2} << 20;
+
+/// Asks for large pages where whole ones lie inside the memory, before any of it is touched.
+void preferLargePages(std::uint8_t* data, std::size_t size) {
+#if defined(__linux__)
+    void* begin = data;
+    std::size_t left = size;
+    if (std::align(largePage, largePage, begin, left) != nullptr) {
+        // Only advice: what a system without large pages answers changes nothing.
+        static_cast<void>(madvise(begin, left / largePage * largePage, MADV_HUGEPAGE));
+    }
+#else
+    static_cast<void>(data);
+    static_cast<void>(size);
+#endif
+}
+
+} // namespace
+
+PixelMemory::PixelMemory(std::size_t size) : size_(size) {
+    if (size == 0) {
+        return;
+    }
+    // Unlike a vector's, the zeros of a large block are the system's own, made when a page is first touched.
+    data_.reset(static_cast<std::uint8_t*>(std::calloc(size, 1))); // NOLINT(cppcoreguidelines-no-malloc)
+    if (!data_) {
+        throw std::bad_alloc();
+    }
+    preferLargePages(data_.get(), size);
+}
+
+PixelMemory::PixelMemory(const PixelMemory& other) : PixelMemory(other.size_) {
+    if (size_ > 0) {
+        std::memcpy(data_.get(), other.data_.get(), size_);
+    }
+}
+
+void PixelMemory::Free::operator()(std::uint8_t* data) const {
+    std::free(data); // NOLINT(cppcoreguidelines-no-malloc)
+}
+
+Bitmap::Bitmap(PixelSize size)
+    : size_(size.isEmpty() ? PixelSize{} : size)
+    , memory_(size_.isEmpty() ? 0 : byteCount() + static_cast<std::size_t>(size_.height) + roomBehind) {}
+
+bool operator==(const Bitmap& a, const Bitmap& b) {
+    return a.size_ == b.size_ && std::ranges::equal(a.bytes(), b.bytes());
+}
 
 bool Bitmap::isOpaque() const {
     // Anding a row's pixels together lets the compiler look at many at once, and a row is soon told apart.

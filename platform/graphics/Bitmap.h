@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <span>
-#include <vector>
+#include <utility>
 
 namespace quillomat {
 
@@ -20,6 +20,32 @@ struct PixelSize {
     }
 };
 
+/// Zeroed bytes. Large ones lie in large pages where the system has them: those are touched several times faster.
+class PixelMemory {
+public:
+    PixelMemory() = default;
+    /// Throws `std::bad_alloc` where there is not that much.
+    explicit PixelMemory(std::size_t size);
+    PixelMemory(const PixelMemory& other);
+    PixelMemory(PixelMemory&& other) noexcept : size_(std::exchange(other.size_, 0)), data_(std::move(other.data_)) {}
+    PixelMemory& operator=(PixelMemory other) noexcept {
+        std::swap(size_, other.size_);
+        std::swap(data_, other.data_);
+        return *this;
+    }
+    ~PixelMemory() = default;
+
+    [[nodiscard]] std::uint8_t* data() const { return data_.get(); }
+    [[nodiscard]] std::size_t size() const { return size_; }
+
+private:
+    struct Free {
+        void operator()(std::uint8_t* data) const;
+    };
+    std::size_t size_ = 0;
+    std::unique_ptr<std::uint8_t[], Free> data_; // NOLINT(cppcoreguidelines-avoid-c-arrays): memory from calloc
+};
+
 /// Mutable while its maker fills it, shared as `shared_ptr<const Bitmap>` ever after. Rows are packed: stride is four
 /// bytes times the width.
 class Bitmap {
@@ -32,18 +58,26 @@ public:
     [[nodiscard]] int width() const { return size_.width; }
     [[nodiscard]] int height() const { return size_.height; }
     [[nodiscard]] std::size_t stride() const { return static_cast<std::size_t>(size_.width) * 4; }
-    [[nodiscard]] std::span<std::uint8_t> bytes() { return bytes_; }
-    [[nodiscard]] std::span<const std::uint8_t> bytes() const { return bytes_; }
-    [[nodiscard]] std::uint8_t* row(int y) { return bytes_.data() + static_cast<std::size_t>(y) * stride(); }
-    [[nodiscard]] const std::uint8_t* row(int y) const { return bytes_.data() + static_cast<std::size_t>(y) * stride(); }
+    [[nodiscard]] std::span<std::uint8_t> bytes() { return {memory_.data(), byteCount()}; }
+    [[nodiscard]] std::span<const std::uint8_t> bytes() const { return {memory_.data(), byteCount()}; }
+    [[nodiscard]] std::uint8_t* row(int y) { return memory_.data() + static_cast<std::size_t>(y) * stride(); }
+    [[nodiscard]] const std::uint8_t* row(int y) const {
+        return memory_.data() + static_cast<std::size_t>(y) * stride();
+    }
+    /// The pixels and the room behind them, for those who fill the bitmap in place: a byte a row and a wide vector
+    /// more.
+    [[nodiscard]] std::span<std::uint8_t> bytesWithRoom() { return {memory_.data(), memory_.size()}; }
     /// Whether every pixel's alpha is 255: looks at all of them.
     [[nodiscard]] bool isOpaque() const;
 
-    friend bool operator==(const Bitmap&, const Bitmap&) = default;
+    /// The same size and pixels; the room behind them is nobody's.
+    friend bool operator==(const Bitmap& a, const Bitmap& b);
 
 private:
+    [[nodiscard]] std::size_t byteCount() const { return size_.area() * 4; }
+
     PixelSize size_;
-    std::vector<std::uint8_t> bytes_;
+    PixelMemory memory_;
 };
 
 using SharedBitmap = std::shared_ptr<const Bitmap>;
