@@ -25,6 +25,9 @@ extern const Codec jpegCodec;
 extern const Codec webpCodec;
 extern const Codec heifCodec;
 
+/// As the codec does, but with no code of our own on the pixels: the judge of that code.
+[[nodiscard]] Result<Bitmap> decodePngByLibpng(ByteSpan bytes, const ImageLimits& limits = {});
+
 /// Refuses an empty size and one over the limits; takes wide integers, since headers can announce anything.
 [[nodiscard]] Status checkSize(std::uint64_t width, std::uint64_t height, const ImageLimits& limits);
 

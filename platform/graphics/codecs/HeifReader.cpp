@@ -232,7 +232,7 @@ Result<Bitmap> decode(ByteSpan bytes, PixelSize /*minimum*/, const ImageLimits& 
     }
     conversionOf(handle).convert(data, pixels);
     if (heif_image_handle_has_alpha_channel(handle) != 0) {
-        premultiply(data, pixels);
+        premultiply(data, data, pixels);
     }
     return bitmap;
 }

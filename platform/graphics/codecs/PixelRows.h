@@ -1,4 +1,4 @@
-// Between straight and premultiplied pixels, exactly rounded, a row at a time.
+// Between straight and premultiplied pixels, exactly rounded.
 #pragma once
 
 #include <cstddef>
@@ -6,10 +6,13 @@
 
 namespace quillomat::codecs {
 
-/// RGBA in place: each colour becomes colour * alpha / 255, rounded to nearest.
-void premultiply(std::uint8_t* rgba, std::size_t pixels);
-/// RGBA: each colour becomes colour * 255 / alpha, rounded to nearest, at most 255; 0 where alpha is 0.
+/// RGBA: each colour becomes colour * alpha / 255, rounded to nearest. In place or apart.
+void premultiply(const std::uint8_t* straight, std::uint8_t* premultiplied, std::size_t pixels);
+/// RGBA: each colour becomes colour * 255 / alpha, rounded to nearest, at most 255; 0 where alpha is 0. In place or
+/// apart.
 void unpremultiply(const std::uint8_t* premultiplied, std::uint8_t* straight, std::size_t pixels);
+/// RGBA: each alpha becomes 255. Not in place.
+void makeOpaque(const std::uint8_t* rgbx, std::uint8_t* rgba, std::size_t pixels);
 /// Whether every alpha is 255.
 [[nodiscard]] bool allOpaque(const std::uint8_t* rgba, std::size_t pixels);
 

@@ -9,35 +9,6 @@ constexpr std::string_view signature{"\x89PNG\r\n\x1a\n", 8};
 constexpr std::size_t chunkFrame = 12; // length, type, checksum
 constexpr std::uint32_t largestLength = 0x7fffffff;
 
-struct Chunk {
-    std::string_view type;
-    ByteSpan data;
-    std::size_t next = 0; // where the chunk after it begins
-    std::uint32_t checksum = 0;
-};
-
-/// The chunk at `offset`; nothing where the file ends before the chunk does.
-std::optional<Chunk> chunkAt(ByteSpan bytes, std::size_t offset) {
-    if (bytes.size() < chunkFrame || offset > bytes.size() - chunkFrame) {
-        return std::nullopt;
-    }
-    const std::uint32_t length = bigEndian32(bytes, offset);
-    if (length > largestLength || length > bytes.size() - chunkFrame - offset) {
-        return std::nullopt;
-    }
-    const char* type = reinterpret_cast<const char*>(bytes.data()) + offset + 4;
-    return Chunk{{type, 4},
-                 bytes.subspan(offset + 8, length),
-                 offset + chunkFrame + length,
-                 bigEndian32(bytes, offset + 8 + length)};
-}
-
-bool isIntact(const Chunk& chunk) {
-    // The checksum covers the type too, which lies right before the data.
-    const unsigned char* begin = asUnsignedChars(chunk.data) - 4;
-    return crc32_gzip_refl(0, begin, chunk.data.size() + 4) == chunk.checksum;
-}
-
 bool isDepthOfColorType(int depth, int colorType) {
     switch (colorType) {
     case 0:
@@ -53,7 +24,7 @@ bool isDepthOfColorType(int depth, int colorType) {
     }
 }
 
-Result<PngHeader> parseHeader(const Chunk& chunk, const ImageLimits& limits) {
+Result<PngHeader> parseHeader(const PngChunk& chunk, const ImageLimits& limits) {
     if (chunk.type != "IHDR" || chunk.data.size() != 13) {
         return Failure{"damaged PNG (no header)"};
     }
@@ -77,12 +48,37 @@ Result<PngHeader> parseHeader(const Chunk& chunk, const ImageLimits& limits) {
 
 } // namespace
 
+std::optional<PngChunk> pngChunkAt(ByteSpan bytes, std::size_t offset) {
+    if (bytes.size() < chunkFrame || offset > bytes.size() - chunkFrame) {
+        return std::nullopt;
+    }
+    const std::uint32_t length = bigEndian32(bytes, offset);
+    if (length > largestLength || length > bytes.size() - chunkFrame - offset) {
+        return std::nullopt;
+    }
+    const char* type = reinterpret_cast<const char*>(bytes.data()) + offset + 4;
+    return PngChunk{{type, 4},
+                    bytes.subspan(offset + 8, length),
+                    offset + chunkFrame + length,
+                    bigEndian32(bytes, offset + 8 + length)};
+}
+
+std::optional<PngChunk> firstPngChunk(ByteSpan bytes) {
+    return pngChunkAt(bytes, signature.size());
+}
+
+bool isIntact(const PngChunk& chunk) {
+    // The checksum covers the type too, which lies right before the data.
+    const unsigned char* begin = asUnsignedChars(chunk.data) - 4;
+    return crc32_gzip_refl(0, begin, chunk.data.size() + 4) == chunk.checksum;
+}
+
 bool isPng(ByteSpan bytes) {
     return startsWith(bytes, signature);
 }
 
 Result<PngHeader> readPngHeader(ByteSpan bytes, const ImageLimits& limits) {
-    std::optional<Chunk> chunk = chunkAt(bytes, signature.size());
+    std::optional<PngChunk> chunk = firstPngChunk(bytes);
     if (!chunk) {
         return Failure{"truncated PNG"};
     }
@@ -92,7 +88,8 @@ Result<PngHeader> readPngHeader(ByteSpan bytes, const ImageLimits& limits) {
     }
     PngHeader header = *parsed;
     // An eXIf chunk may stand on either side of the pixels.
-    for (chunk = chunkAt(bytes, chunk->next); chunk && chunk->type != "IEND"; chunk = chunkAt(bytes, chunk->next)) {
+    for (chunk = pngChunkAt(bytes, chunk->next); chunk && chunk->type != "IEND";
+         chunk = pngChunkAt(bytes, chunk->next)) {
         if (chunk->type == "tRNS") {
             header.hasTransparency = true;
         } else if (chunk->type == "eXIf" && isIntact(*chunk)) {

@@ -22,6 +22,19 @@ struct PngHeader {
     [[nodiscard]] bool hasAlpha() const { return (colorType & 4) != 0; }
 };
 
+struct PngChunk {
+    std::string_view type;
+    ByteSpan data;
+    std::size_t next = 0; // where the chunk after it begins
+    std::uint32_t checksum = 0;
+};
+
+/// The chunk at `offset`; nothing where the file ends before the chunk does.
+[[nodiscard]] std::optional<PngChunk> pngChunkAt(ByteSpan bytes, std::size_t offset);
+[[nodiscard]] std::optional<PngChunk> firstPngChunk(ByteSpan bytes);
+/// Whether the chunk's checksum is right.
+[[nodiscard]] bool isIntact(const PngChunk& chunk);
+
 [[nodiscard]] bool isPng(ByteSpan bytes);
 /// Fails for a header that is cut short, whose checksum is wrong or whose values PNG does not have, and over the
 /// limits.

@@ -1,4 +1,5 @@
-// PNG through libpng: every colour type, depth and interlacing, to 8-bit straight RGBA, then to sRGB.
+// PNG through libpng: every colour type, depth and interlacing, to 8-bit straight RGBA, then to sRGB. The pixels of the
+// commonest kinds are read by faster code of our own, which leaves every odd file to libpng.
 //
 // libpng reports errors with longjmp, so each function that calls setjmp holds plain data only.
 #include "platform/graphics/codecs/Codec.h"
@@ -6,6 +7,7 @@
 #include "platform/graphics/codecs/Orientation.h"
 #include "platform/graphics/codecs/PixelRows.h"
 #include "platform/graphics/codecs/PngChunks.h"
+#include "platform/graphics/codecs/PngPixels.h"
 
 #include <png.h>
 
@@ -162,7 +164,30 @@ Result<ImageHeader> readHeader(ByteSpan bytes, const ImageLimits& limits) {
     return ImageHeader{ImageFormat::png, uprightSize(stored, header->orientation), isOpaque(*header)};
 }
 
-Result<Bitmap> decode(ByteSpan bytes, PixelSize /*minimum*/, const ImageLimits& limits) {
+Result<Bitmap> decodeByLibpng(const Reader& reader, const Input& input, const PngHeader& header,
+                              const ColorConversion& conversion) {
+    Bitmap bitmap(PixelSize{static_cast<int>(header.width), static_cast<int>(header.height)});
+    if (png_get_rowbytes(reader.png, reader.info) != bitmap.stride()) {
+        return Failure{"damaged PNG (rows of an unexpected length)"};
+    }
+    std::vector<png_bytep> rows;
+    rows.reserve(header.height);
+    for (int y = 0; y < bitmap.height(); ++y) {
+        rows.push_back(bitmap.row(y));
+    }
+    if (!readRows(reader.png, rows.data())) {
+        return failureOf(input);
+    }
+    const std::size_t pixels = bitmap.size().area();
+    std::uint8_t* data = bitmap.bytes().data();
+    conversion.convert(data, pixels);
+    if (!isOpaque(header)) {
+        premultiply(data, data, pixels);
+    }
+    return bitmap;
+}
+
+Result<Bitmap> decodeWith(ByteSpan bytes, const ImageLimits& limits, bool libpngAlone) {
     const Result<PngHeader> header = readPngHeader(bytes, limits);
     if (!header) {
         return Failure{header.reason()};
@@ -175,29 +200,29 @@ Result<Bitmap> decode(ByteSpan bytes, PixelSize /*minimum*/, const ImageLimits& 
     if (!readInfo(reader.png, reader.info, &input, &limits)) {
         return failureOf(input);
     }
-    Bitmap bitmap(PixelSize{static_cast<int>(header->width), static_cast<int>(header->height)});
-    if (png_get_rowbytes(reader.png, reader.info) != bitmap.stride()) {
-        return Failure{"damaged PNG (rows of an unexpected length)"};
+    const ColorConversion conversion =
+        conversionOf(reader.png, reader.info, header->hasColor() ? ColorModel::rgb : ColorModel::gray);
+    if (!libpngAlone && hasPlainPixels(*header)) {
+        if (std::optional<Bitmap> bitmap = decodePlainPixels(bytes, *header, conversion)) {
+            return turnUpright(std::move(*bitmap), header->orientation);
+        }
     }
-    std::vector<png_bytep> rows;
-    rows.reserve(header->height);
-    for (int y = 0; y < bitmap.height(); ++y) {
-        rows.push_back(bitmap.row(y));
+    Result<Bitmap> bitmap = decodeByLibpng(reader, input, *header, conversion);
+    if (!bitmap) {
+        return bitmap;
     }
-    if (!readRows(reader.png, rows.data())) {
-        return failureOf(input);
-    }
-    const ColorModel model = header->hasColor() ? ColorModel::rgb : ColorModel::gray;
-    const ColorConversion conversion = conversionOf(reader.png, reader.info, model);
-    const std::size_t pixels = bitmap.size().area();
-    conversion.convert(bitmap.bytes().data(), pixels);
-    if (!isOpaque(*header)) {
-        premultiply(bitmap.bytes().data(), pixels);
-    }
-    return turnUpright(std::move(bitmap), header->orientation);
+    return turnUpright(std::move(bitmap).value(), header->orientation);
+}
+
+Result<Bitmap> decode(ByteSpan bytes, PixelSize /*minimum*/, const ImageLimits& limits) {
+    return decodeWith(bytes, limits, /*libpngAlone=*/false);
 }
 
 } // namespace
+
+Result<Bitmap> decodePngByLibpng(ByteSpan bytes, const ImageLimits& limits) {
+    return decodeWith(bytes, limits, /*libpngAlone=*/true);
+}
 
 const Codec pngCodec{ImageFormat::png, "PNG", sniff, readHeader, decode};
 

@@ -176,7 +176,7 @@ Result<Bitmap> decode(ByteSpan bytes, PixelSize minimum, const ImageLimits& limi
     const std::size_t pixels = canvas.size().area();
     conversion.convert(canvas.bytes().data(), pixels);
     if (container->mayBeTransparent) {
-        premultiply(canvas.bytes().data(), pixels);
+        premultiply(canvas.bytes().data(), canvas.bytes().data(), pixels);
     }
     return turnUpright(std::move(canvas), container->orientation);
 }

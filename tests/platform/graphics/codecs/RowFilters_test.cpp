@@ -1,7 +1,7 @@
+#include "EveryTarget.h"
 #include "platform/graphics/codecs/RowFilters.h"
 
 #include <gtest/gtest.h>
-#include <hwy/targets.h>
 
 #include <cstdlib>
 #include <random>
@@ -35,16 +35,6 @@ std::uint8_t filtered(RowFilter filter, int value, int left, int above, int abov
         return static_cast<std::uint8_t>(value - nearest);
     }
     return 0;
-}
-
-/// Runs the check once for each kind of processor this one can stand in for.
-template <typename Check> void onEveryTarget(const Check& check) {
-    const std::int64_t targets = hwy::SupportedTargets();
-    for (std::int64_t left = targets; left != 0; left &= left - 1) {
-        hwy::SetSupportedTargetsForTest(left & -left);
-        check(hwy::TargetName(left & -left));
-    }
-    hwy::SetSupportedTargetsForTest(0);
 }
 
 TEST(RowFilters, everyFilterAtEveryWidthIsTheStandards) {

@@ -1,0 +1,225 @@
+// A pixel depends on those to its left, above and above-left, so a row can only be recovered pixel by pixel. But once a
+// row is one pixel ahead, the next row can follow it: four rows go together, one in each 32-bit lane of a vector. Each
+// step then has what it needs in the vectors of the step before: the left pixels are its result, those above are its
+// result moved by one lane, and those above-left are what was above.
+#include "platform/graphics/codecs/Unfilter.h"
+
+#include <cstdlib>
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "platform/graphics/codecs/Unfilter.cpp"
+#include <hwy/foreach_target.h>
+// After foreach_target.h, which compiles this file once for each kind of processor.
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace quillomat::codecs {
+namespace HWY_NAMESPACE { // NOLINT: the library's own name for each kind of processor
+namespace hn = hwy::HWY_NAMESPACE;
+
+#if HWY_TARGET == HWY_SCALAR
+
+int Predict(std::uint8_t filter, int left, int above, int aboveLeft) {
+    const int fromLeft = std::abs(above - aboveLeft);
+    const int fromAbove = std::abs(left - aboveLeft);
+    const int fromAboveLeft = std::abs(left + above - 2 * aboveLeft);
+    switch (filter) {
+    case 1:
+        return left;
+    case 2:
+        return above;
+    case 3:
+        return (left + above) / 2;
+    case 4:
+        return fromLeft <= fromAbove && fromLeft <= fromAboveLeft ? left
+               : fromAbove <= fromAboveLeft                       ? above
+                                                                  : aboveLeft;
+    default:
+        return 0;
+    }
+}
+
+void Unfilter(const RowGroup& rows, std::size_t width, std::size_t pixelBytes) {
+    const std::uint8_t* above = rows.above;
+    for (std::size_t row = 0; row < rowsAtOnce; ++row) {
+        const std::uint8_t* filtered = rows.filtered[row];
+        std::uint8_t* pixels = rows.pixels[row];
+        for (std::size_t x = 0; x < width; ++x) {
+            for (std::size_t i = 0; i < pixelBytes; ++i) {
+                const std::size_t at = x * 4 + i;
+                const int left = x > 0 ? pixels[at - 4] : 0;
+                const int aboveLeft = x > 0 ? above[at - 4] : 0;
+                pixels[at] = static_cast<std::uint8_t>(filtered[x * pixelBytes + i] +
+                                                       Predict(rows.filters[row], left, above[at], aboveLeft));
+            }
+        }
+        above = pixels;
+    }
+}
+
+#else
+
+using Lanes32 = hn::FixedTag<std::uint32_t, 4>;
+using Lanes64 = hn::Repartition<std::uint64_t, Lanes32>;
+using Lanes8 = hn::Repartition<std::uint8_t, Lanes32>;
+using Pixels = hn::Vec<Lanes32>;
+using PixelBytes = hn::Vec<Lanes8>;
+
+/// Lanes of all ones where a row has that filter.
+struct FilterMasks {
+    PixelBytes sub;
+    PixelBytes up;
+    PixelBytes average;
+    PixelBytes paeth;
+};
+
+HWY_INLINE PixelBytes MaskOf(const std::array<std::uint8_t, rowsAtOnce>& filters, std::uint8_t filter) {
+    HWY_ALIGN std::array<std::uint32_t, rowsAtOnce> lanes{};
+    for (std::size_t i = 0; i < rowsAtOnce; ++i) {
+        lanes[i] = filters[i] == filter ? ~std::uint32_t{0} : 0;
+    }
+    return hn::BitCast(Lanes8(), hn::Load(Lanes32(), lanes.data()));
+}
+
+HWY_INLINE void Transpose(Pixels& a, Pixels& b, Pixels& c, Pixels& d) {
+    const Lanes32 d32;
+    const Lanes64 d64;
+    const auto abLow = hn::BitCast(d64, hn::InterleaveLower(d32, a, b));
+    const auto abHigh = hn::BitCast(d64, hn::InterleaveUpper(d32, a, b));
+    const auto cdLow = hn::BitCast(d64, hn::InterleaveLower(d32, c, d));
+    const auto cdHigh = hn::BitCast(d64, hn::InterleaveUpper(d32, c, d));
+    a = hn::BitCast(d32, hn::InterleaveLower(d64, abLow, cdLow));
+    b = hn::BitCast(d32, hn::InterleaveUpper(d64, abLow, cdLow));
+    c = hn::BitCast(d32, hn::InterleaveLower(d64, abHigh, cdHigh));
+    d = hn::BitCast(d32, hn::InterleaveUpper(d64, abHigh, cdHigh));
+}
+
+template <int pixelBytes> HWY_INLINE Pixels LoadFour(const std::uint8_t* from) {
+    const Lanes8 d8;
+    const PixelBytes loaded = hn::LoadU(d8, from);
+    if (pixelBytes == 4) {
+        return hn::BitCast(Lanes32(), loaded);
+    }
+    alignas(16) static constexpr std::array<std::uint8_t, 16> spread{0, 1, 2, 0x80, 3, 4,  5,  0x80,
+                                                                     6, 7, 8, 0x80, 9, 10, 11, 0x80};
+    return hn::BitCast(Lanes32(), hn::TableLookupBytesOr0(loaded, hn::Load(d8, spread.data())));
+}
+
+HWY_INLINE PixelBytes Distance(PixelBytes a, PixelBytes b) {
+    return hn::Sub(hn::Max(a, b), hn::Min(a, b));
+}
+
+/// Of two distances on the same side of above-left the third is their sum, of two on different sides their difference;
+/// a sum that saturates is still the largest.
+HWY_INLINE PixelBytes Paeth(PixelBytes left, PixelBytes above, PixelBytes aboveLeft) {
+    const Lanes8 d8;
+    const PixelBytes fromLeft = Distance(above, aboveLeft);
+    const PixelBytes fromAbove = Distance(left, aboveLeft);
+    const auto aboveIsMore = hn::VecFromMask(d8, hn::Max(above, aboveLeft) == above);
+    const auto leftIsMore = hn::VecFromMask(d8, hn::Max(left, aboveLeft) == left);
+    const PixelBytes fromAboveLeft =
+        hn::IfThenElse(hn::MaskFromVec(hn::Xor(aboveIsMore, leftIsMore)), Distance(fromLeft, fromAbove),
+                       hn::SaturatedAdd(fromLeft, fromAbove));
+    const PixelBytes nearerDistance = hn::Min(fromAbove, fromAboveLeft);
+    const PixelBytes nearer = hn::IfThenElse(nearerDistance == fromAbove, above, aboveLeft);
+    return hn::IfThenElse(hn::Min(fromLeft, nearerDistance) == fromLeft, left, nearer);
+}
+
+HWY_INLINE PixelBytes Average(PixelBytes left, PixelBytes above) {
+    const PixelBytes one = hn::Set(Lanes8(), std::uint8_t{1});
+    return hn::Sub(hn::AverageRound(left, above), hn::And(hn::Xor(left, above), one));
+}
+
+struct Walk {
+    PixelBytes left;
+    PixelBytes aboveLeft;
+};
+
+template <bool hasAverage, bool hasPaeth>
+HWY_INLINE Pixels Step(Pixels filtered, Pixels aboveFirst, const FilterMasks& masks, Walk& walk) {
+    const Lanes32 d32;
+    const Lanes8 d8;
+    const Pixels moved = hn::ShiftLeftLanes<1>(d32, hn::BitCast(d32, walk.left));
+    const PixelBytes above = hn::BitCast(d8, hn::Or(moved, aboveFirst));
+    PixelBytes predicted = hn::Or(hn::And(walk.left, masks.sub), hn::And(above, masks.up));
+    if (hasAverage) {
+        predicted = hn::Or(predicted, hn::And(Average(walk.left, above), masks.average));
+    }
+    if (hasPaeth) {
+        predicted = hn::Or(predicted, hn::And(Paeth(walk.left, above, walk.aboveLeft), masks.paeth));
+    }
+    walk.aboveLeft = above;
+    walk.left = hn::Add(hn::BitCast(d8, filtered), predicted);
+    return hn::BitCast(d32, walk.left);
+}
+
+template <int pixelBytes, bool hasAverage, bool hasPaeth>
+HWY_INLINE void UnfilterRows(const RowGroup& rows, std::size_t width) {
+    const Lanes32 d32;
+    const FilterMasks masks{MaskOf(rows.filters, 1), MaskOf(rows.filters, 2), MaskOf(rows.filters, 3),
+                            MaskOf(rows.filters, 4)};
+    HWY_ALIGN static constexpr std::array<std::uint32_t, rowsAtOnce> onlyFirst{~std::uint32_t{0}, 0, 0, 0};
+    const Pixels first = hn::Load(d32, onlyFirst.data());
+    Walk walk{hn::Zero(Lanes8()), hn::Zero(Lanes8())};
+    const auto end = static_cast<std::ptrdiff_t>(width + rowsAtOnce - 1);
+    for (std::ptrdiff_t x = 0; x < end; x += 4) {
+        Pixels a = LoadFour<pixelBytes>(rows.filtered[0] + x * pixelBytes);
+        Pixels b = LoadFour<pixelBytes>(rows.filtered[1] + (x - 1) * pixelBytes);
+        Pixels c = LoadFour<pixelBytes>(rows.filtered[2] + (x - 2) * pixelBytes);
+        Pixels d = LoadFour<pixelBytes>(rows.filtered[3] + (x - 3) * pixelBytes);
+        Transpose(a, b, c, d);
+        const Pixels above = hn::BitCast(d32, hn::LoadU(Lanes8(), rows.above + x * 4));
+        a = Step<hasAverage, hasPaeth>(a, hn::And(above, first), masks, walk);
+        b = Step<hasAverage, hasPaeth>(b, hn::And(hn::ShiftRightLanes<1>(d32, above), first), masks, walk);
+        c = Step<hasAverage, hasPaeth>(c, hn::And(hn::ShiftRightLanes<2>(d32, above), first), masks, walk);
+        d = Step<hasAverage, hasPaeth>(d, hn::And(hn::ShiftRightLanes<3>(d32, above), first), masks, walk);
+        Transpose(a, b, c, d);
+        const Lanes8 d8;
+        hn::StoreU(hn::BitCast(d8, a), d8, rows.pixels[0] + x * 4);
+        hn::StoreU(hn::BitCast(d8, b), d8, rows.pixels[1] + (x - 1) * 4);
+        hn::StoreU(hn::BitCast(d8, c), d8, rows.pixels[2] + (x - 2) * 4);
+        hn::StoreU(hn::BitCast(d8, d), d8, rows.pixels[3] + (x - 3) * 4);
+    }
+}
+
+template <int pixelBytes> HWY_INLINE void UnfilterAny(const RowGroup& rows, std::size_t width) {
+    bool hasAverage = false;
+    bool hasPaeth = false;
+    for (const std::uint8_t filter : rows.filters) {
+        hasAverage = hasAverage || filter == 3;
+        hasPaeth = hasPaeth || filter == 4;
+    }
+    if (hasAverage) {
+        UnfilterRows<pixelBytes, true, true>(rows, width);
+    } else if (hasPaeth) {
+        UnfilterRows<pixelBytes, false, true>(rows, width);
+    } else {
+        UnfilterRows<pixelBytes, false, false>(rows, width);
+    }
+}
+
+void Unfilter(const RowGroup& rows, std::size_t width, std::size_t pixelBytes) {
+    if (pixelBytes == 3) {
+        UnfilterAny<3>(rows, width);
+    } else {
+        UnfilterAny<4>(rows, width);
+    }
+}
+
+#endif
+
+} // namespace HWY_NAMESPACE
+} // namespace quillomat::codecs
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace quillomat::codecs {
+
+HWY_EXPORT(Unfilter);
+
+void unfilter(const RowGroup& rows, std::size_t width, std::size_t pixelBytes) {
+    HWY_DYNAMIC_DISPATCH(Unfilter)(rows, width, pixelBytes);
+}
+
+} // namespace quillomat::codecs
+#endif
