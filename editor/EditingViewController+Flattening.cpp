@@ -20,14 +20,6 @@ std::string fixedPoint(double number) {
     return {text, static_cast<std::size_t>(length)};
 }
 
-// Moves a view's bounding box, warped or not.
-void setBoundingBox(View& view, const Rect& box) {
-    if (view.layerTransform() == Transform3D())
-        view.setFrame(box);
-    else
-        view.moveBoundingBox(box);
-}
-
 // The largest of two by sign, not by magnitude: two negative numbers are never nearly equal unless they are equal.
 bool nearlyEqual(float a, float b) {
     const float larger = a > b ? a : b;
@@ -51,7 +43,7 @@ void EditingViewController::resetTransformedImageView() {
     contexts_.begin(former.size, platform().screen.scale);
     if (contexts_.current().pixelSize().isEmpty())
         noteProblem("the box of screen 1, " + stringFromSize(former.size) + ", cannot be drawn");
-    setBoundingBox(*contentView_, {{0, 0}, former.size});
+    contentView_->moveBoundingBox({{0, 0}, former.size});
     const Size size = contentView_->frame().size;
     log("Width of screenshotView " + fixedPoint(size.width));
     log("Height of screenshotView " + fixedPoint(size.height));
@@ -76,7 +68,7 @@ void EditingViewController::resetTransformedImageViewOverAmount() {
     const auto halfWidth = static_cast<double>(static_cast<float>(former.size.width * 0.5));
     const auto halfHeight = static_cast<double>(static_cast<float>(former.size.height * 0.5));
     const Rect half = makeRect(0, 0, halfWidth, halfHeight);
-    setBoundingBox(*contentView_, half);
+    contentView_->moveBoundingBox(half);
     log("IMAGE " + stringFromRect(contentView_->frame()));
     const float movedY = static_cast<float>(contentView_->frame().origin.y);
     logHalvingDifferences(former, contentView_->frame());
@@ -85,7 +77,7 @@ void EditingViewController::resetTransformedImageViewOverAmount() {
     const auto moveable = std::make_shared<View>(Rect{{0, static_cast<double>(0.0F - movedY)}, size});
     log("moveableview " + stringFromRect(moveable->frame()));
     moveable->backgroundColor = Color::black();
-    setBoundingBox(*contentView_, half);
+    contentView_->moveBoundingBox(half);
     moveable->addSubview(contentView_);
     const auto holder = std::make_shared<View>(Rect{{0, 0}, contentView_->frame().size});
     holder->addSubview(moveable);
@@ -132,7 +124,7 @@ void EditingViewController::drawerNewScreenImage(std::int32_t x, std::int32_t y,
                                                  std::int32_t height) {
     if (!contentView_)
         return;
-    setBoundingBox(*contentView_, {{0, 0}, contentView_->frame().size});
+    contentView_->moveBoundingBox({{0, 0}, contentView_->frame().size});
     const Image picture = imageFromView(contentView_);
     if (!picture || contexts_.isEmpty())
         return;
