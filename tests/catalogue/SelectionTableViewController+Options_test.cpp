@@ -81,6 +81,15 @@ TEST_F(OptionsSheetTest, importLocationAlertNamesTheDirectoryWithoutTrailingSepa
     EXPECT_FALSE(list().presented());
 }
 
+TEST_F(OptionsSheetTest, effectOfAnActionWaitsForTheDismissalThatItStartsItself) {
+    const auto sheet = openSheet();
+    sheet->actions()[3].handler(); // a host that calls it while the sheet still stands
+    EXPECT_TRUE(list().isDismissing());
+    EXPECT_THAT(fake.urls.opened, IsEmpty());
+    settle(list());
+    EXPECT_THAT(fake.urls.opened, ElementsAre("https://maker.test/quillomat/mockups/"));
+}
+
 TEST_F(OptionsSheetTest, actionsOfASheetThatOutlivesItsScreenDoNothing) {
     const auto sheet = openSheet();
     auto handlers = sheet->actions();

@@ -95,6 +95,11 @@ TEST_F(UpdateTest, unparsableOrUnversionedReplyInTheComparisonIsNothingToDo) {
     }
 }
 
+TEST_F(UpdateTest, publishedRevisionThatIsNoStringIsNoneEvenWithoutALocalOne) {
+    EXPECT_FALSE(offersUpdate("{}", R"({"version": 99})"));
+    EXPECT_FALSE(list().checkVersion().published);
+}
+
 TEST_F(UpdateTest, deeplyNestedReplyIsNothingToDo) {
     EXPECT_FALSE(offersUpdate(versionOnly("1.9"), std::string(1000000, '[')));
 }

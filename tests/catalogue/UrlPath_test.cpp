@@ -18,5 +18,9 @@ TEST(NeedsNoEscaping, everyOtherCharacterNeedsIt) {
     }
 }
 
+TEST(NeedsNoEscaping, looksNoFurtherThanTheNamesEnd) {
+    EXPECT_FALSE(needsNoEscaping(std::string_view("%412").substr(0, 2)));
+}
+
 } // namespace
 } // namespace quillomat::testing
