@@ -1,13 +1,20 @@
 #include "cli/CommandLine.h"
 
 #include "cli/Commands.h"
+#include "cli/Names.h"
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <cctype>
+#include <charconv>
 #include <csignal>
+#include <exception>
 #include <functional>
+#include <limits>
 #include <memory>
+#include <new>
+#include <string_view>
 
 namespace quillomat {
 
@@ -28,17 +35,63 @@ std::string readCrop(const std::string& text, std::optional<PixelRect>& crop) {
     return {};
 }
 
+/// "512MiB", "2G", "1000000": bytes, with units of 1024 however they are spelt.
+std::string readSize(const std::string& text, std::uint64_t& bytes) {
+    constexpr std::string_view units = "kmgt";
+    const char* end = text.data() + text.size();
+    std::uint64_t count = 0;
+    const auto [rest, error] = std::from_chars(text.data(), end, count);
+    std::string unit(rest, end);
+    std::transform(unit.begin(), unit.end(), unit.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    const auto power = unit.empty() ? std::string_view::npos : units.find(unit[0]);
+    const std::string_view tail = std::string_view(unit).substr(power == std::string_view::npos ? 0 : 1);
+    const bool isUnit =
+        power == std::string_view::npos ? tail.empty() || tail == "b" : tail.empty() || tail == "b" || tail == "ib";
+    const unsigned shift = power == std::string_view::npos ? 0 : 10 * (static_cast<unsigned>(power) + 1);
+    if (error != std::errc() || !isUnit || count == 0 || count > (std::numeric_limits<std::uint64_t>::max() >> shift)) {
+        return "expected a size such as 512MiB";
+    }
+    bytes = count << shift;
+    return {};
+}
+
+std::string readScreenScale(const std::string& text, double& scale) {
+    double value = 0;
+    const char* end = text.data() + text.size();
+    const auto [rest, error] = std::from_chars(text.data(), end, value);
+    // Also refuses what is not a number, which compares with nothing.
+    if (error != std::errc() || rest != end || !(value >= 0.25 && value <= 8)) {
+        return "expected a number from 0.25 to 8";
+    }
+    scale = value;
+    return {};
+}
+
+/// An option whose text is read by a function that says what is wrong with it; nothing when all is well.
+CLI::Option* addReadOption(CLI::App& app, const std::string& name, const std::string& description,
+                           const std::function<std::string(const std::string&)>& read) {
+    return app.add_option_function<std::string>(
+        name,
+        [name, read](const std::string& text) {
+            if (const auto why = read(text); !why.empty()) {
+                throw CLI::ValidationError(name, why);
+            }
+        },
+        description);
+}
+
 void addGlobalOptions(CLI::App& app, GlobalOptions& options) {
     app.add_option("--documents", options.documents, "Documents directory: stored catalogue, downloads, imports")
         ->type_name("DIR");
     app.add_option("--resources", options.resources, "Application resources: main.json and images/")->type_name("DIR");
     app.add_option("--server", options.server, "The maker's web server, short host form")->type_name("HOST[:PORT]");
     app.add_option("--cacert", options.caCertificate, "Trust this certificate authority as well")->type_name("FILE");
-    app.add_option("--screen-scale", options.screenScale, "The main screen's scale for intermediate pictures")
-        ->check(CLI::Range(0.25, 8.0))
+    addReadOption(app, "--screen-scale", "The main screen's scale for intermediate pictures, 0.25 to 8; default 1",
+                  [&options](const std::string& text) { return readScreenScale(text, options.screenScale); })
         ->type_name("N");
-    app.add_option("--memory", options.memory, "The ceiling for one render")
-        ->transform(CLI::AsSizeValue(/*kb_is_1000=*/false))
+    addReadOption(app, "--memory", "The ceiling for one render, such as 512MiB; default 1GiB",
+                  [&options](const std::string& text) { return readSize(text, options.memory); })
         ->type_name("SIZE");
     app.add_flag("--json", options.json, "Machine-readable results on standard output");
     app.add_flag("-v,--verbose", options.verbose, "The application's log lines on standard error");
@@ -65,15 +118,8 @@ void addRenderCommand(CLI::App& app, const GlobalOptions& options, Run& run) {
         ->allow_extra_args(false)
         ->type_name("SHOT");
     render->add_option("-b,--background", job->background, "A picture behind everything")->type_name("PICTURE");
-    render
-        ->add_option_function<std::string>(
-            "--crop",
-            [job](const std::string& text) {
-                if (const auto why = readCrop(text, job->crop); !why.empty()) {
-                    throw CLI::ValidationError("--crop", why);
-                }
-            },
-            "The part of the background to use; default: the middle, in the canvas's shape")
+    addReadOption(*render, "--crop", "The part of the background to use; default: the middle, in the canvas's shape",
+                  [job](const std::string& text) { return readCrop(text, job->crop); })
         ->type_name("X,Y,W,H");
     render->add_flag("--blur", job->blur, "Blur the background");
     render->add_flag("--glare", job->glare, "Draw the mockup's glare");
@@ -119,21 +165,82 @@ void addWebCommands(CLI::App& app, const GlobalOptions& options, Run& run) {
     });
 }
 
-/// The parser's message as one line of ours.
-ExitStatus complainOf(const CLI::ParseError& error) {
-    std::string text = error.what();
-    text.erase(std::min(text.find('\n'), text.size()));
-    if (!text.empty() && text.size() > 1 && std::islower(static_cast<unsigned char>(text[1])) != 0) {
+constexpr const char* seeHelp = " (see quillomat --help)";
+
+std::string lowerCaseStart(std::string text) {
+    // "At most" becomes "at most", and MOCKUP stays.
+    if (text.size() > 1 && std::isupper(static_cast<unsigned char>(text[1])) == 0) {
         text[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(text[0])));
     }
-    return failUsage("usage", text + " (see quillomat --help)");
+    return text;
+}
+
+std::string chosenCommand(const CLI::App& app) {
+    const auto chosen = app.get_subcommands();
+    return chosen.empty() ? std::string() : chosen.front()->get_name();
+}
+
+std::vector<std::string> commandNames(const CLI::App& app) {
+    std::vector<std::string> names;
+    for (const auto* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+        names.push_back(command->get_name());
+    }
+    return names;
+}
+
+/// A word that nothing on the line asks for.
+ExitStatus complainOfWord(const CLI::App& app, const std::string& word) {
+    if (word.starts_with('-')) {
+        return failUsage(word, std::string("no such option") + seeHelp);
+    }
+    if (!chosenCommand(app).empty()) {
+        return failUsage(word, "one word too many for " + chosenCommand(app) + seeHelp);
+    }
+    const auto nearest = nearestNames(word, commandNames(app), 1);
+    const bool isNear = !nearest.empty() && editDistance(word, nearest.front()) <= 2;
+    return failUsage(word, "no such command" + (isNear ? "; did you mean " + nearest.front() + "?" : seeHelp));
+}
+
+/// The parser's message as one line of ours.
+ExitStatus complainOf(const CLI::App& app, const CLI::ParseError& error) {
+    if (const auto words = app.remaining(true); !words.empty()) {
+        return complainOfWord(app, words.front());
+    }
+    if (chosenCommand(app).empty() && dynamic_cast<const CLI::RequiredError*>(&error) != nullptr) {
+        return failUsage("usage", std::string("a command is required") + seeHelp);
+    }
+    std::string text = error.what();
+    text.erase(std::min(text.find('\n'), text.size()));
+    const auto colon = text.find(": ");
+    if (colon == std::string::npos) {
+        return failUsage(chosenCommand(app).empty() ? "usage" : chosenCommand(app), lowerCaseStart(text) + seeHelp);
+    }
+    std::string why = text.substr(colon + 2);
+    if (why.starts_with("At Most")) {
+        why.replace(0, 7, "at most");
+    }
+    return failUsage(text.substr(0, colon), lowerCaseStart(why) + seeHelp);
+}
+
+/// Runs the command; whatever it throws is a failure like any other.
+ExitStatus runCommand(const std::string& name, const Run& run) {
+    try {
+        const ExitStatus status = run();
+        const Status said = finishResults();
+        return said ? status : fail("standard output", said.reason());
+    } catch (const std::bad_alloc&) {
+        return fail(name, "not enough memory");
+    } catch (const std::exception& error) {
+        return fail(name, lowerCaseStart(error.what()));
+    }
 }
 
 } // namespace
 
 int runCommandLine(int argc, char** argv) {
-    // A reader that goes away is a failed write like any other.
+    // A reader that goes away, and a file that may grow no further, are failed writes like any other.
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
 
     CLI::App app("Puts screenshots, in perspective, into device frames.", "quillomat");
     app.set_version_flag("--version", "quillomat " QUILLOMAT_VERSION);
@@ -152,9 +259,9 @@ int runCommandLine(int argc, char** argv) {
     } catch (const CLI::Success& help) {
         return app.exit(help);
     } catch (const CLI::ParseError& error) {
-        return static_cast<int>(complainOf(error));
+        return static_cast<int>(complainOf(app, error));
     }
-    return static_cast<int>(run());
+    return static_cast<int>(runCommand(chosenCommand(app), run));
 }
 
 } // namespace quillomat

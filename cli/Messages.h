@@ -1,6 +1,7 @@
 // What the command says: results on standard output, everything else on standard error, one line each.
 #pragma once
 
+#include "platform/foundation/Result.h"
 #include "platform/foundation/Value.h"
 
 #include <string>
@@ -24,9 +25,14 @@ void printLine(std::string_view line);
 /// One JSON document as the result.
 void printJson(const Value& value);
 
+/// Hands on what was printed; fails when the reader went away or the disk is full.
+[[nodiscard]] Status finishResults();
+
 /// Whether results go to a person's terminal.
 [[nodiscard]] bool isResultOnTerminal();
-/// The text with every control character replaced by "?".
+/// What the system says about one of its error numbers, in our style.
+[[nodiscard]] std::string systemReason(int error);
+/// The text with every control character replaced by "?", also those of two bytes that some terminals obey.
 [[nodiscard]] std::string printable(std::string_view text);
 
 } // namespace quillomat

@@ -30,9 +30,14 @@ std::size_t editDistance(std::string_view a, std::string_view b) {
 
 std::vector<std::string> nearestNames(std::string_view name, const std::vector<std::string>& candidates,
                                       std::size_t count) {
+    // No file has a longer name, and the work grows with the product of the lengths.
+    constexpr std::size_t longest = 255;
+    name = name.substr(0, longest);
     std::vector<std::pair<std::size_t, const std::string*>> ranked;
-    ranked.reserve(candidates.size());
     for (const auto& candidate : candidates) {
+        if (candidate.size() > longest) {
+            continue;
+        }
         ranked.emplace_back(editDistance(name, candidate), &candidate);
     }
     std::stable_sort(ranked.begin(), ranked.end(), [](const auto& x, const auto& y) { return x.first < y.first; });

@@ -12,7 +12,8 @@ namespace quillomat {
 /// alignment distance).
 [[nodiscard]] std::size_t editDistance(std::string_view a, std::string_view b);
 
-/// The `count` candidates nearest to `name`, nearest first; equally near ones keep their order.
+/// The `count` candidates nearest to `name`, nearest first; equally near ones keep their order. Names that are
+/// longer than a file's can be are left out.
 [[nodiscard]] std::vector<std::string> nearestNames(std::string_view name, const std::vector<std::string>& candidates,
                                                     std::size_t count = 3);
 
