@@ -1,5 +1,6 @@
 #include "cli/World.h"
 
+#include "cli/Messages.h"
 #include "hosts/desktop/StandardLog.h"
 #include "hosts/desktop/UserFolders.h"
 
@@ -13,8 +14,29 @@ void WaitingPhotoLibrary::requestAuthorization(std::function<void(PhotoAuthoriza
     answer(PhotoAuthorization::authorized);
 }
 
+namespace {
+
+namespace fs = std::filesystem;
+
+Status makeDocumentsDirectory(const std::string& path) {
+    std::error_code error;
+    fs::create_directories(path, error);
+    std::error_code unreadable;
+    if (!fs::is_directory(path, unreadable)) {
+        return Failure{"cannot be made a documents directory: " +
+                       (error ? systemReason(error.value()) : std::string("not a directory"))};
+    }
+    // Whatever lies in the documents directory is the application's to read, replace and remove.
+    const auto real = fs::canonical(path, unreadable);
+    if (unreadable || real == real.root_path()) {
+        return Failure{"the root folder is no documents directory"};
+    }
+    return {};
+}
+
+} // namespace
+
 Result<std::unique_ptr<World>> World::open(const GlobalOptions& options, std::unique_ptr<WebClient> web) {
-    namespace fs = std::filesystem;
     const std::string resources = options.resources.empty() ? resourcesDirectory(runningProgram()) : options.resources;
     std::error_code error;
     if (resources.empty() || !fs::is_directory(resources, error)) {
@@ -29,10 +51,8 @@ Result<std::unique_ptr<World>> World::open(const GlobalOptions& options, std::un
     while (documents.size() > 1 && documents.back() == '/') {
         documents.pop_back();
     }
-    fs::create_directories(documents, error);
-    if (!fs::is_directory(documents)) {
-        return Failure{documents + ": cannot be made a documents directory: " +
-                       (error ? error.message() : std::string("not a directory"))};
+    if (const auto made = makeDocumentsDirectory(documents); !made) {
+        return Failure{documents + ": " + made.reason()};
     }
     if (!web) {
         web = std::make_unique<NoWebClient>();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "cli/Options.h"
+#include "cli/WatchedFiles.h"
 #include "hosts/desktop/PlainDocumentAccess.h"
 #include "hosts/headless/HeadlessHost.h"
 #include "platform/foundation/MainQueue.h"
@@ -31,7 +32,7 @@ public:
                                                              std::unique_ptr<WebClient> web = nullptr);
 
     [[nodiscard]] Platform& platform() { return platform_; }
-    [[nodiscard]] SystemFileManager& files() { return files_; }
+    [[nodiscard]] WatchedFiles& files() { return files_; }
     [[nodiscard]] SteppedMainQueue& queue() { return queue_; }
     [[nodiscard]] WaitingPhotoLibrary& photos() { return photos_; }
     [[nodiscard]] const GlobalOptions& options() const { return options_; }
@@ -43,7 +44,7 @@ private:
     GlobalOptions options_;
     std::unique_ptr<Log> log_;
     std::unique_ptr<WebClient> web_;
-    SystemFileManager files_;
+    WatchedFiles files_;
     DirectoryBundle bundle_;
     WaitingPhotoLibrary photos_;
     PlainDocumentAccess documentAccess_;

@@ -5,6 +5,7 @@
 #include "platform/foundation/Conversions.h"
 #include "platform/graphics/ImageFile.h"
 
+#include <algorithm>
 #include <memory>
 
 namespace quillomat {
@@ -17,18 +18,30 @@ struct ImportedFile {
     std::string source;
     std::string stored;      // its name in the documents directory
     std::string kind;        // "definition", "picture" or "other"
-    std::string counterpart; // the name it needs beside it; empty for other files
+    std::string counterpart; // the name it needs beside it; empty for what needs none
+    std::string remark;      // what else is to be said about it
     bool complete = false;
 };
 
 ImportedFile classify(const std::string& source, const Bytes& bytes) {
-    ImportedFile file{source, lastPathComponent(source), "other", {}, false};
+    ImportedFile file{source, lastPathComponent(source), "other", {}, {}, false};
     if (file.stored.find(".cfg") != std::string::npos) {
         file.kind = "definition";
         file.counterpart = replaceAll(file.stored, ".cfg", ".png");
+        if (const auto json = parseJson(bytes); !json || !json->isObject()) {
+            file.remark = "is not a definition: " + (json ? std::string("not an object") : json.reason());
+        }
     } else if (readImageHeader(bytes)) {
         file.kind = "picture";
         file.counterpart = replaceAll(file.stored, ".png", ".cfg");
+        if (file.counterpart == file.stored) {
+            file.counterpart.clear();
+            file.remark = "no definition can name it: its name has no .png";
+        }
+    } else {
+        file.remark = file.stored == "main.json"
+                          ? "is the catalogue from now on"
+                          : "neither a definition nor a picture; it is stored and nothing reads it";
     }
     return file;
 }
@@ -44,6 +57,10 @@ Result<std::vector<ImportedFile>> checkFiles(World& world, const std::vector<std
         auto file = classify(name, *bytes);
         if (!isPlainFileName(file.stored)) {
             return Failure{name + ": not a name that can be stored"};
+        }
+        const auto isOfThatName = [&](const ImportedFile& other) { return other.stored == file.stored; };
+        if (std::any_of(files.begin(), files.end(), isOfThatName)) {
+            return Failure{name + ": another of the files is called " + file.stored + " as well"};
         }
         if (!replace &&
             world.files().fileExists(appendPathComponent(world.platform().documentsDirectory, file.stored))) {
@@ -63,7 +80,9 @@ Status importFile(World& world, HeadlessHost& host, SelectionTableViewController
         world.files().read(appendPathComponent(world.platform().documentsDirectory, file.stored), importLimit);
     const auto source = world.files().read(file.source, importLimit);
     if (!stored || !source || *stored != *source) {
-        return Failure{"could not be copied into " + world.platform().documentsDirectory};
+        const std::string& folder = world.platform().documentsDirectory;
+        const std::string why = world.files().failureOf(appendPathComponent(folder, file.stored));
+        return Failure{"could not be copied into " + folder + (why.empty() ? "" : ": " + why)};
     }
     return {};
 }
@@ -83,8 +102,8 @@ void report(const GlobalOptions& options, const std::vector<ImportedFile>& files
                                   ? "its picture " + file.counterpart + " is missing, so it does not show yet"
                                   : "its definition " + file.counterpart + " is missing, so it does not show yet");
         }
-        if (file.counterpart.empty()) {
-            warn(file.stored, "neither a definition nor a picture; it is stored and nothing reads it");
+        if (!file.remark.empty()) {
+            warn(file.stored, file.remark);
         }
     }
     if (options.json) {
@@ -101,7 +120,9 @@ ExitStatus runImport(const GlobalOptions& options, const std::vector<std::string
     }
     auto checked = checkFiles(**world, files, replace);
     if (!checked) {
-        return fail("import", checked.reason());
+        // The reason names its file already.
+        const auto colon = checked.reason().find(": ");
+        return fail(checked.reason().substr(0, colon), checked.reason().substr(colon + 2));
     }
     Application application((*world)->platform());
     application.launch();

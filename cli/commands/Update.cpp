@@ -1,9 +1,10 @@
 #include "app/Application.h"
 #include "catalogue/CatalogueDocument.h"
+#include "catalogue/SelectionTableViewController.h"
 #include "cli/Commands.h"
 #include "cli/WatchedWebClient.h"
 #include "cli/World.h"
-#include "platform/network/CurlWebClient.h"
+#include "platform/foundation/Conversions.h"
 
 #include <memory>
 
@@ -29,12 +30,76 @@ void printComparison(const Value& local, const Value& published, bool available)
               (available ? ": an update is available" : ": nothing to do"));
 }
 
+std::string urlOf(const std::string& host, const std::string& path) {
+    return "https://" + host + "/quillomat/updates/" + path;
+}
+
+/// Why a listed picture is not in the documents directory; empty when it is, or need not be.
+std::string failureOfPicture(World& world, const WatchedWebClient& web, const Value& listed) {
+    const std::string& name = listed.stringValue();
+    if (!isPlainFileName(name)) {
+        return "not a name that can be stored";
+    }
+    if (world.platform().bundle.pathForResource(deletePathExtension(name), "png")) {
+        return {};
+    }
+    const std::string why = web.failureOf(urlOf(world.options().server, "images/" + name));
+    return why.empty() ? world.files().failureOf(appendPathComponent(world.platform().documentsDirectory, name)) : why;
+}
+
+void warnOfPictures(World& world, const WatchedWebClient& web) {
+    constexpr int mostLines = 10;
+    int lines = 0;
+    for (const auto& listed : web.catalogue()["otaImages"].elements()) {
+        const std::string why = failureOfPicture(world, web, listed);
+        if (!why.empty() && ++lines <= mostLines) {
+            warn(describe(listed), why);
+        }
+    }
+}
+
+ExitStatus failWithoutCatalogue(const std::string& host, const std::string& why) {
+    return fail(host, "the published catalogue could not be fetched: " + why);
+}
+
+/// What the update came to, beyond its pictures.
+ExitStatus checkStored(World& world, const WatchedWebClient& web, const UpdateReport& report, const Value& published) {
+    const std::string& host = world.options().server;
+    const std::string& directory = world.platform().documentsDirectory;
+    if (!report.catalogueArrived) {
+        return failWithoutCatalogue("www." + host, web.failureOf(urlOf("www." + host, "main.json")));
+    }
+    if (!report.catalogueStored) {
+        return fail(directory, "the published catalogue could not be stored: " +
+                                   world.files().failureOf(directory + "/main.json"));
+    }
+    if (!(versionOrNull(CatalogueDocument(world.platform()).JSONFromFile()) == published)) {
+        return fail("www." + host, "what arrived in the end is not the catalogue of version " + versionText(published) +
+                                       "; update again when the server is in order");
+    }
+    return ExitStatus::done;
+}
+
+void reportUpdate(const GlobalOptions& options, Value::Object result, const UpdateReport& report) {
+    if (options.json) {
+        result.emplace_back("pictures", Value::object({{"fetched", Value::integer(report.fetchedPictures)},
+                                                       {"skipped", Value::integer(report.skippedPictures)},
+                                                       {"failed", Value::integer(report.failedPictures)}}));
+        printJson(Value::object(std::move(result)));
+        return;
+    }
+    const Value update = Value::object(std::move(result));
+    printLine("updated from " + versionText(update["local"]) + " to " + versionText(update["published"]) + ": " +
+              std::to_string(report.fetchedPictures) + " pictures fetched, " + std::to_string(report.skippedPictures) +
+              " skipped, " + std::to_string(report.failedPictures) + " failed");
+}
+
 } // namespace
 
 ExitStatus runUpdate(const GlobalOptions& options, bool checkOnly) {
     CurlOptions curl;
     curl.caCertificate = options.caCertificate;
-    auto watched = std::make_unique<WatchedWebClient>(std::make_unique<CurlWebClient>(std::move(curl)));
+    auto watched = std::make_unique<WatchedWebClient>(std::move(curl));
     auto& web = *watched;
     const auto world = World::open(options, std::move(watched));
     if (!world) {
@@ -46,11 +111,12 @@ ExitStatus runUpdate(const GlobalOptions& options, bool checkOnly) {
     Application application(platform);
     application.launch();
     HeadlessHost host(application.navigationController(), (*world)->queue());
+    auto& list = dynamic_cast<SelectionTableViewController&>(host.top());
     if (!web.catalogue().isPresent()) {
-        return fail(options.server, "the published catalogue could not be fetched");
+        return failWithoutCatalogue(options.server, web.failureOf(urlOf(options.server, "main.json")));
     }
     const Value published = versionOrNull(web.catalogue());
-    const bool available = host.top().navigationItem.rightBarButtonItem.has_value();
+    const bool available = list.navigationItem.rightBarButtonItem.has_value();
     if (checkOnly || !available) {
         if (options.json) {
             printJson(Value::object(comparison(local, published, available)));
@@ -60,28 +126,18 @@ ExitStatus runUpdate(const GlobalOptions& options, bool checkOnly) {
         return ExitStatus::done;
     }
 
-    const std::size_t skipped = countHeldPictures(platform, web.catalogue());
-    web.announce(web.catalogue()["otaImages"].count() - skipped);
-    host.pressRightBarButton();
+    web.announce(web.catalogue()["otaImages"].count());
+    // The button's action, called for its report.
+    const UpdateReport report = list.update();
+    warnOfPictures(**world, web);
+    if (const auto stored = checkStored(**world, web, report, published); stored != ExitStatus::done) {
+        return stored;
+    }
     host.advance(std::chrono::seconds(3));
-    const std::size_t fetched = web.picturesArrived();
-    const std::size_t failed = web.catalogue()["otaImages"].count() - skipped - fetched;
-    const Value stored = versionOrNull(CatalogueDocument(platform).JSONFromFile());
-    if (!(stored == published)) {
-        return fail("update", "the published catalogue could not be stored in " + platform.documentsDirectory);
-    }
-    if (options.json) {
-        auto result = comparison(local, published, available);
-        result.emplace_back("pictures", Value::object({{"fetched", Value::integer(static_cast<std::int64_t>(fetched))},
-                                                       {"skipped", Value::integer(static_cast<std::int64_t>(skipped))},
-                                                       {"failed", Value::integer(static_cast<std::int64_t>(failed))}}));
-        printJson(Value::object(std::move(result)));
-    } else {
-        printLine("updated from " + versionText(local) + " to " + versionText(published) + ": " +
-                  std::to_string(fetched) + " pictures fetched, " + std::to_string(skipped) + " skipped, " +
-                  std::to_string(failed) + " failed");
-    }
-    return failed == 0 ? ExitStatus::done : fail("update", std::to_string(failed) + " pictures did not arrive");
+    reportUpdate(options, comparison(local, published, available), report);
+    return report.failedPictures == 0
+               ? ExitStatus::done
+               : fail(options.server, std::to_string(report.failedPictures) + " pictures did not arrive");
 }
 
 } // namespace quillomat
