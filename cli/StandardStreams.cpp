@@ -1,8 +1,10 @@
 #include "cli/StandardStreams.h"
 
+#include "cli/Messages.h"
+
 #include <array>
 #include <cerrno>
-#include <cstring>
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace quillomat {
@@ -16,7 +18,7 @@ Result<Bytes> readStandardInput(std::uint64_t limit) {
             continue;
         }
         if (got < 0) {
-            return Failure{std::strerror(errno)};
+            return Failure{systemReason(errno)};
         }
         if (got == 0) {
             return bytes;
@@ -28,18 +30,38 @@ Result<Bytes> readStandardInput(std::uint64_t limit) {
     }
 }
 
-Status writeStandardOutput(std::span<const std::byte> bytes) {
+namespace {
+
+Status writeAll(int stream, std::span<const std::byte> bytes) {
     while (!bytes.empty()) {
-        const ssize_t put = ::write(STDOUT_FILENO, bytes.data(), bytes.size());
+        const ssize_t put = ::write(stream, bytes.data(), bytes.size());
         if (put < 0 && errno == EINTR) {
             continue;
         }
         if (put < 0) {
-            return Failure{std::strerror(errno)};
+            return Failure{systemReason(errno)};
         }
         bytes = bytes.subspan(static_cast<std::size_t>(put));
     }
     return {};
+}
+
+} // namespace
+
+Status writeStandardOutput(std::span<const std::byte> bytes) {
+    return writeAll(STDOUT_FILENO, bytes);
+}
+
+Status writeInto(const std::string& path, std::span<const std::byte> bytes) {
+    const int stream = ::open(path.c_str(), O_WRONLY | O_CLOEXEC);
+    if (stream < 0) {
+        return Failure{systemReason(errno)};
+    }
+    Status written = writeAll(stream, bytes);
+    if (::close(stream) != 0 && written) {
+        written = Failure{systemReason(errno)};
+    }
+    return written;
 }
 
 } // namespace quillomat

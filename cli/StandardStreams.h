@@ -1,4 +1,4 @@
-// Whole documents through standard input and output.
+// Whole documents through standard input and output, pipes and devices.
 #pragma once
 
 #include "platform/foundation/FileManager.h"
@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string>
 
 namespace quillomat {
 
@@ -13,5 +14,7 @@ namespace quillomat {
 [[nodiscard]] Result<Bytes> readStandardInput(std::uint64_t limit);
 /// Fails when the reader went away or the disk is full.
 [[nodiscard]] Status writeStandardOutput(std::span<const std::byte> bytes);
+/// Writes into a pipe or a device that is there already.
+[[nodiscard]] Status writeInto(const std::string& path, std::span<const std::byte> bytes);
 
 } // namespace quillomat
