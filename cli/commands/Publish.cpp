@@ -32,6 +32,11 @@ public:
         if (old && std::equal(old->begin(), old->end(), bytes.begin(), bytes.end())) {
             return {};
         }
+        if (changed_ == 0 && !wasCutShort()) {
+            if (auto begun = begin(); !begun) {
+                return begun;
+            }
+        }
         std::error_code error;
         std::filesystem::create_directories(std::filesystem::path(path).parent_path(), error);
         if (auto written = files_.write(path, bytes); !written) {
@@ -41,7 +46,25 @@ public:
         return {};
     }
 
+    /// Stands from the first changed picture to the stored catalogue: when it is found at the start, an earlier run was
+    /// cut short, and installations have yet to hear of the pictures it changed. It is not below what is served.
+    [[nodiscard]] bool wasCutShort() const { return files_.fileExists(pathOf(mark)); }
+    void finish() {
+        if (wasCutShort()) {
+            static_cast<void>(files_.remove(pathOf(mark)));
+        }
+    }
+
 private:
+    static constexpr const char* mark = ".quillomat-publishing";
+
+    Status begin() {
+        std::error_code error;
+        std::filesystem::create_directories(root_, error);
+        auto written = files_.write(pathOf(mark), {});
+        return written ? written : Status(Failure{root_ + ": " + written.reason()});
+    }
+
     FileManager& files_;
     std::string root_;
     int changed_ = 0;
@@ -127,11 +150,12 @@ ExitStatus runPublish(const GlobalOptions& options, const std::string& directory
         return failWithLines(publication.reason());
     }
     Site site((*world)->files(), directory);
+    const bool wasCutShort = site.wasCutShort();
     // The catalogue goes last: whoever reads it finds everything it names.
     if (const auto put = putPictures(**world, site, *publication); !put) {
         return fail("publish", put.reason());
     }
-    const bool picturesChanged = site.changed() > 0;
+    const bool picturesChanged = site.changed() > 0 || wasCutShort;
     if (const auto put = putPages(**world, site, *publication); !put) {
         return fail("publish", put.reason());
     }
@@ -140,6 +164,7 @@ ExitStatus runPublish(const GlobalOptions& options, const std::string& directory
     if (const auto put = site.put("quillomat/updates/main.json", bytesOf(document)); !put) {
         return fail("publish", put.reason());
     }
+    site.finish();
     if (options.json) {
         printJson(Value::object({{"version", Value::string(version)},
                                  {"frames", Value::integer(static_cast<std::int64_t>(publication->frames.size()))},
