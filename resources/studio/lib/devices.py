@@ -21,6 +21,10 @@ DEVICES = {
         "screen": (66.0, 143.0), "radius": 8.6, "bezel": (2.8, 2.8, 2.8, 2.8), "depth": 7.8,
         "bevel": 1.7, "rim": 1.25, "camera": (33.0, 5.0, 11.5, 3.6), "buttons": True,
     },
+    "phone-square": {  # its body covers even the square corners of the screen, as a very tall picture needs
+        "screen": (66.0, 143.0), "radius": 6.0, "bezel": (2.8, 2.8, 2.8, 2.8), "depth": 7.8,
+        "bevel": 1.7, "rim": 1.25, "camera": (33.0, 5.2, 3.4, 3.4), "buttons": True,
+    },
     "tablet": {
         "screen": (160.0, 213.333), "radius": 4.6, "bezel": (6.6, 6.6, 6.6, 6.6), "depth": 6.6,
         "bevel": 1.7, "rim": 1.1, "buttons": False,

@@ -9,7 +9,8 @@ import numpy as np  # noqa: E402
 
 from devices import DEVICES, body_box  # noqa: E402
 
-HOLE_INSET = 0.62  # pixels by which the screenshot reaches under the bezel
+# Pixels by which the screenshot reaches under the bezel; a picture that is also shown at half size wants more.
+HOLE_INSET, HOLE_INSET_LARGE = 0.62, 0.66
 
 
 def read_pass(path):
@@ -71,12 +72,12 @@ def visible_glass(mask, number):
     return None if mask is None else np.clip(mask[..., number - 1], 0, 1)
 
 
-def hole_coverage(screen, device, canvas, visible):
+def hole_coverage(screen, device, canvas, visible, inset=HOLE_INSET):
     """How much of each pixel of the canvas is open: the rounded screen without what stands before it."""
     result = np.zeros((canvas[1], canvas[0]))
     x0, y0, _, _, u, v = screen.grid(4, canvas)
     inside = screen.distance(u, v, screen.radius)
-    cover = np.clip(inside - HOLE_INSET + 0.5, 0, 1)
+    cover = np.clip(inside - inset + 0.5, 0, 1)
     if "camera" in device:
         cover = np.minimum(cover, np.clip(0.5 - screen.pill_distance(u, v, device["camera"]), 0, 1))
     height, width = cover.shape
@@ -91,7 +92,8 @@ def assemble(stage, beauty, shadow, mask, look):
     holes = []
     for number, screen in enumerate(stage.screens(), 1):
         item, _, _ = stage.screen_device(number)
-        holes.append(hole_coverage(screen, DEVICES[item["kind"]], canvas, visible_glass(mask, number)))
+        holes.append(hole_coverage(screen, DEVICES[item["kind"]], canvas, visible_glass(mask, number),
+                                   HOLE_INSET_LARGE if stage.scale > 1 else HOLE_INSET))
     hole = np.clip(sum(holes), 0, 1)
     alpha = np.clip(beauty[..., 3], 0, 1)
     colour = beauty[..., :3] / np.maximum(alpha, 1e-4)[..., None]
@@ -99,7 +101,8 @@ def assemble(stage, beauty, shadow, mask, look):
     colour = clean_colour(colour, alpha)
     solid = np.minimum(alpha, 1 - hole)
     solid = np.where(solid < 0.004, 0, solid)
-    dark = shadow_alpha(shadow, canvas, look.get("shadow", 1.4), stage.scene.get("ground") == "wall") * np.clip(1 - solid - hole, 0, 1)
+    far = stage.scene.get("ground") == "wall"
+    dark = shadow_alpha(shadow, canvas, look.get("shadow", 1.05 if far else 1.4), far) * np.clip(1 - solid - hole, 0, 1)
     total = solid + dark
     rgb = colour * (solid / np.maximum(total, 1e-6))[..., None]
     rgb[total <= 0.002] = 0

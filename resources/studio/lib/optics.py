@@ -122,8 +122,10 @@ class Screen:
         self.to_screen = np.linalg.inv(self.to_picture)
         self.radius = radius  # of the hole, millimetres
         # The application rounds a circle in the units of the bounding box, which is an ellipse on the
-        # device: the largest one that cuts no more than the hole's own corner does.
-        self.corner_radius = int(min(radius * self.box[2] / size[0], radius * self.box[3] / size[1]))
+        # device: nearly the largest that cuts no more than the hole's own corner does. Nearly, so that
+        # the screenshot is whole where the hole's corner begins to leave the edge.
+        fitting = min(radius * self.box[2] / size[0], radius * self.box[3] / size[1])
+        self.corner_radius = int(0.92 * fitting)
 
     def scaled(self, factor):
         other = Screen(self.quad * factor, self.size, self.radius)

@@ -210,7 +210,7 @@ def atlas(size):
     page = Page(Image.new("RGB", size, (214, 228, 222)))
     for k in range(9):
         points = [(x, page.h * (0.1 + 0.11 * k) + ridge(x * 0.22, k * 2.1) * 6) for x in np.arange(-4, page.w + 6, 1.5)]
-        page.line(points, (255, 255, 255, 150), 2.2 if k % 3 else 4.5)
+        page.line(points, (238, 244, 241), 2.2 if k % 3 else 4.5)
     for k in range(7):
         x, y = page.w * (0.34 + 0.09 * k), page.h * (0.3 + 0.4 * abs(math.sin(k * 1.9)))
         page.dot(x, y, 3.2, (11, 122, 117))
@@ -268,7 +268,7 @@ def window(size):
     rng = np.random.default_rng(5)
     grain = Image.fromarray(rng.integers(0, 255, (height // 6 + 1, width // 6 + 1), dtype=np.uint8)).resize(size, Image.BICUBIC)
     grain = np.asarray(grain.filter(ImageFilter.GaussianBlur(max(size) / 300)), float) / 255 - 0.5
-    base = np.array((204, 186, 164)) * (0.86 + 0.14 * (1 - ys[..., None])) + 26 * grain[..., None]
+    base = np.array((204, 186, 164)) * (0.86 + 0.14 * (1 - ys[..., None])) + 9 * grain[..., None]
     u, v = xs + 0.45 * ys, ys - 0.18 * xs
     panes = ((u % 0.30) > 0.028) & ((v % 0.34) > 0.026) & (u > 0.22) & (u < 1.12) & (v > -0.02) & (v < 0.66)
     light = Image.fromarray((panes * 255).astype(np.uint8)).filter(ImageFilter.GaussianBlur(max(size) / 90))
