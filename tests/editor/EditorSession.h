@@ -81,6 +81,21 @@ inline Value doubleMockup() {
     return record.withMember("doubleImage", Value::boolean(true));
 }
 
+inline Value withGlare(Value record, const std::string& name, const Rect& rect) {
+    return record.withMember("overlay", Value::string(name))
+        .withMember("glareX", Value::integer(static_cast<std::int64_t>(rect.origin.x)))
+        .withMember("glareY", Value::integer(static_cast<std::int64_t>(rect.origin.y)))
+        .withMember("glareWidth", Value::integer(static_cast<std::int64_t>(rect.size.width)))
+        .withMember("glareHeight", Value::integer(static_cast<std::int64_t>(rect.size.height)));
+}
+
+/// A 200 x 200 canvas whose screen at (20, 20, 160, 160) is large enough for a radius of 30.
+inline Value roomyMockup() {
+    Value record = withSize(withSize(Value::object({}), "finalFrame", 200, 200), "frame", 60, 80);
+    record = withCorners(std::move(record), "F", "2", quadOf(20, 20, 160, 160));
+    return withCorners(std::move(record), "F", "", quadOf(20, 20, 160, 160));
+}
+
 inline std::string catalogueOf(Value::Object definitions) {
     return writeJson(
         Value::object({{"version", Value::string("1")}, {"editInfo", Value::object(std::move(definitions))}}));
