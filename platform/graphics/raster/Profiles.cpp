@@ -41,24 +41,32 @@ int tapsForWidths(double sum) {
     return sum <= 2 ? 4 : sum <= 6 ? 8 : sum <= 10 ? 12 : 16;
 }
 
-// Sixteenths up to 2, then eighths.
-constexpr int fineSteps = 32;
-constexpr int widthSteps = fineSteps + static_cast<int>((widestBoxes - 2) * 8) + 1;
+// Sixteenths up to 2, eighths up to 6, quarters above: 32 steps each.
+constexpr int stepsPerPart = 32;
+constexpr int widthSteps = 3 * stepsPerPart + 1;
+static_assert(widestBoxes == 14);
 
 int stepOfWidth(double width) {
     const double bounded = width > 0 ? std::min(width, widestBoxes) : 0;
-    return static_cast<int>(std::lround(bounded < 2 ? bounded * 16 : fineSteps + (bounded - 2) * 8));
+    if (bounded < 2) {
+        return static_cast<int>(std::lround(bounded * 16));
+    }
+    return static_cast<int>(bounded < 6 ? std::lround(stepsPerPart + (bounded - 2) * 8)
+                                        : std::lround(2 * stepsPerPart + (bounded - 6) * 4));
 }
 
 double widthOfStep(int step) {
-    return step < fineSteps ? step / 16.0 : 2 + (step - fineSteps) / 8.0;
+    if (step < stepsPerPart) {
+        return step / 16.0;
+    }
+    return step < 2 * stepsPerPart ? 2 + (step - stepsPerPart) / 8.0 : 6 + (step - 2 * stepsPerPart) / 4.0;
 }
 
 /// Rounds weights of sum 1 to integers of the sum `total`, none over `limit`. The rounding's remainder goes to the
 /// largest weight, and what is over the limit to its larger neighbour.
 template <typename Integer>
-void quantise(const std::array<double, weightLine>& weights, int total, int limit, Integer* out) {
-    std::array<int, weightLine> rounded{};
+void quantise(const std::array<double, mostTaps>& weights, int total, int limit, Integer* out) {
+    std::array<int, mostTaps> rounded{};
     int sum = 0;
     for (std::size_t i = 0; i < weights.size(); ++i) {
         rounded[i] = static_cast<int>(std::lround(weights[i] * total));
@@ -68,28 +76,64 @@ void quantise(const std::array<double, weightLine>& weights, int total, int limi
     *largest += total - sum;
     if (*largest > limit) {
         const auto at = static_cast<std::size_t>(largest - rounded.begin());
-        const std::size_t neighbour = weights[at + 1] >= weights[at - 1] ? at + 1 : at - 1;
+        const double before = at > 0 ? weights[at - 1] : 0;
+        const std::size_t neighbour = at == 0 || weights[at + 1] >= before ? at + 1 : at - 1;
         rounded[neighbour] += *largest - limit;
         *largest = limit;
     }
     std::transform(rounded.begin(), rounded.end(), out, [](int weight) { return static_cast<Integer>(weight); });
 }
 
-std::unique_ptr<PhaseTable> makeTable(double width, double otherWidth) {
-    auto table = std::make_unique<PhaseTable>();
-    table->taps = tapsForWidths(width + otherWidth);
-    for (int phase = 0; phase < phases; ++phase) {
-        std::array<double, weightLine> weights{};
-        for (int tap = 0; tap < table->taps; ++tap) {
-            const double position = tap - table->taps / 2 + 1;
-            weights[static_cast<std::size_t>(tap)] =
-                boxBoxTent(position - static_cast<double>(phase) / phases, width, otherWidth);
-        }
-        const std::size_t line = static_cast<std::size_t>(phase) * weightLine;
-        quantise(weights, 128, 127, table->columns.data() + line);
-        quantise(weights, 32768, 32767, table->rows.data() + line);
+/// A table and the memory that it points to.
+struct OwnedTable {
+    PhaseTable table;
+    std::vector<std::uint8_t> columns;
+    std::vector<std::int16_t> rows;
+};
+
+std::array<double, mostTaps> weightsFrom(int first, int taps, double at, double width, double otherWidth) {
+    std::array<double, mostTaps> weights{};
+    for (int tap = 0; tap < taps; ++tap) {
+        weights[static_cast<std::size_t>(tap)] = boxBoxTent(first + tap - at, width, otherWidth);
     }
-    return table;
+    return weights;
+}
+
+void addColumns(OwnedTable& owned, double at, double width, double otherWidth) {
+    const int taps = owned.table.columnTaps;
+    std::array<std::uint8_t, mostTaps> line{};
+    quantise(weightsFrom(1 - taps / 2, taps, at, width, otherWidth), 128, 127, line.data());
+    for (std::size_t pair = 0; pair < static_cast<std::size_t>(taps); pair += 2) {
+        for (int channel = 0; channel < 4; ++channel) {
+            owned.columns.push_back(line[pair]);
+            owned.columns.push_back(line[pair + 1]);
+        }
+    }
+}
+
+void addRows(OwnedTable& owned, std::size_t phase, double at, double width, double otherWidth) {
+    const int first = static_cast<int>(std::floor(at - (width + otherWidth + 2) / 2)) + 1;
+    std::array<std::int16_t, mostTaps> line{};
+    quantise(weightsFrom(first, owned.table.rowTaps, at, width, otherWidth), 32768, 32767, line.data());
+    owned.table.rowStart[phase] = static_cast<std::int8_t>(first);
+    for (std::size_t tap = 0; tap < static_cast<std::size_t>(owned.table.rowTaps); ++tap) {
+        owned.rows.insert(owned.rows.end(), 8, line[tap]);
+    }
+}
+
+std::unique_ptr<const OwnedTable> makeTable(double width, double otherWidth) {
+    auto owned = std::make_unique<OwnedTable>();
+    owned->table.columnTaps = tapsForWidths(width + otherWidth);
+    const int rowTaps = static_cast<int>(std::ceil(width + otherWidth + 2));
+    owned->table.rowTaps = rowTaps + rowTaps % 2;
+    for (std::size_t phase = 0; phase < phases; ++phase) {
+        const double at = static_cast<double>(phase) / phases;
+        addColumns(*owned, at, width, otherWidth);
+        addRows(*owned, phase, at, width, otherWidth);
+    }
+    owned->table.columns = owned->columns.data();
+    owned->table.rows = owned->rows.data();
+    return owned;
 }
 
 /// All tables that have been made, by their steps.
@@ -106,14 +150,14 @@ public:
             return *made;
         }
         kept_.push_back(makeTable(widthOfStep(wide), widthOfStep(narrow)));
-        slot.store(kept_.back().get(), std::memory_order_release);
-        return *kept_.back();
+        slot.store(&kept_.back()->table, std::memory_order_release);
+        return kept_.back()->table;
     }
 
 private:
     std::array<std::atomic<const PhaseTable*>, std::size_t{widthSteps} * widthSteps> slots_{};
     std::mutex mutex_;
-    std::vector<std::unique_ptr<const PhaseTable>> kept_;
+    std::vector<std::unique_ptr<const OwnedTable>> kept_;
 };
 
 } // namespace

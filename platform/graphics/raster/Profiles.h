@@ -3,8 +3,6 @@
 
 #include "platform/graphics/raster/Kernels.h"
 
-#include <array>
-
 namespace quillomat::raster {
 
 /// The weight that a sample at distance t gets under a box of that width over the linear reconstruction; of sum 1 over
@@ -19,13 +17,8 @@ namespace quillomat::raster {
 /// The widths of two boxes together that the tables hold.
 constexpr double widestBoxes = 14;
 
-/// Tables for one pair of boxes: 64 lines of 16 weights, of which the first `taps` count (see Footprint).
-struct PhaseTable {
-    std::array<std::uint8_t, std::size_t{phases} * weightLine> columns{};
-    std::array<std::int16_t, std::size_t{phases} * weightLine> rows{};
-    int taps = 4;
-};
-/// The widths are rounded to sixteenths below 2, to eighths above. Each table is made when it is first asked for and
+/// The table of one pair of boxes and a tent. The widths are rounded to sixteenths below 2, to eighths up to 6 and to
+/// quarters above. Each table is made when it is first asked for and
 /// kept; asking is safe from any thread.
 [[nodiscard]] const PhaseTable& phaseTable(double boxWidth, double otherWidth);
 

@@ -15,6 +15,7 @@ namespace quillomat::raster {
 struct SamplerScratch {
     std::vector<std::int16_t> combined;
     std::vector<const std::uint8_t*> rows;
+    std::vector<std::int16_t> weights;
     std::vector<std::int32_t> u;
     std::vector<std::int32_t> v;
 };

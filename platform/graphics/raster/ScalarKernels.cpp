@@ -11,32 +11,49 @@ int multiplied15(int a, int b) {
     return (a * b + 0x4000) >> 15;
 }
 
+std::int32_t positionOf(double numerator, double inverse, double highest) {
+    const double at = numerator * inverse;
+    const double bounded = at > lowestPosition ? (at < highest ? at : highest) : lowestPosition;
+    // Not negative before it is cut to a whole number, which therefore rounds to the nearest.
+    return static_cast<std::int32_t>(bounded - lowestPosition + 0.5) + static_cast<std::int32_t>(lowestPosition);
+}
+
+void projectPositions(const ProjectedRow& row, int left, int count, std::int32_t* u, std::int32_t* v) {
+    for (int i = 0; i < count; ++i) {
+        const double x = left + 0.5 + i;
+        const double inverse = 1.0 / (x * row.wStep + row.w0);
+        u[i] = positionOf(x * row.uStep + row.u0, inverse, row.highestU);
+        v[i] = positionOf(x * row.vStep + row.v0, inverse, row.highestV);
+    }
+}
+
 void filterOnePixel(const Footprint& footprint, std::int32_t u, std::int32_t v, std::uint8_t* out) {
     const PixelView& picture = footprint.picture;
+    const int columnTaps = footprint.columns->columnTaps;
     const int phaseV = v & (phases - 1);
-    const int firstRow = (v >> phaseBits) - footprint.rowTaps / 2 + 1;
-    const std::int16_t* rowWeights = footprint.rowWeights + phaseV * weightLine;
+    const int rowStart = footprint.rows->rowStart[static_cast<std::size_t>(phaseV)];
+    const int firstRow = (v >> phaseBits) + rowStart;
     // Even and odd pairs of columns are summed apart, as the wide registers do it, so that roundings agree.
     int sums[2][4] = {};
-    for (int row = 0; row < footprint.rowTaps; ++row) {
-        const int fromCenter = ((row - footprint.rowTaps / 2 + 1) << phaseBits) - phaseV;
+    for (int row = 0; row < footprint.rows->rowTaps; ++row) {
+        const int fromCenter = (rowStart + row) * phases - phaseV;
         const int position = u + ((footprint.shear * fromCenter + 0x8000) >> 16);
-        const std::uint8_t* weights = footprint.columnWeights + (position & (phases - 1)) * weightLine;
-        const int firstColumn = (position >> phaseBits) - footprint.columnTaps / 2 + 1;
-        const std::uint8_t* pixels =
-            picture.pixels +
-            static_cast<std::size_t>(std::clamp(firstRow + row, 0, picture.height - 1)) * picture.stride;
+        const int phaseU = position & (phases - 1);
+        const int firstColumn = (position >> phaseBits) - columnTaps / 2 + 1;
+        const auto y = static_cast<std::size_t>(std::clamp(firstRow + row, 0, picture.height - 1));
+        const std::uint8_t* pixels = picture.pixels + y * picture.stride;
         int pairs[2][4] = {};
-        for (int tap = 0; tap < footprint.columnTaps; ++tap) {
-            const std::uint8_t* pixel =
-                pixels + static_cast<std::size_t>(std::clamp(firstColumn + tap, 0, picture.width - 1)) * 4;
-            for (int channel = 0; channel < 4; ++channel) {
-                pairs[(tap >> 1) & 1][channel] += pixel[channel] * weights[tap];
+        for (int tap = 0; tap < columnTaps; ++tap) {
+            const auto x = static_cast<std::size_t>(std::clamp(firstColumn + tap, 0, picture.width - 1));
+            const int weight = footprint.columns->columnWeight(phaseU, tap);
+            for (std::size_t channel = 0; channel < 4; ++channel) {
+                pairs[(tap >> 1) & 1][channel] += pixels[x * 4 + channel] * weight;
             }
         }
+        const int rowWeight = footprint.rows->rowWeight(phaseV, row);
         for (int channel = 0; channel < 4; ++channel) {
-            sums[0][channel] += multiplied15(pairs[0][channel], rowWeights[row]);
-            sums[1][channel] += multiplied15(pairs[1][channel], rowWeights[row]);
+            sums[0][channel] += multiplied15(pairs[0][channel], rowWeight);
+            sums[1][channel] += multiplied15(pairs[1][channel], rowWeight);
         }
     }
     for (int channel = 0; channel < 4; ++channel) {
@@ -105,7 +122,7 @@ void compositeUniform(std::uint8_t* canvas, const std::uint8_t* pixels, std::uin
 } // namespace
 
 const Kernels& scalarKernels() {
-    static constexpr Kernels kernels{"scalar",       filterFootprint,  combineRows,
+    static constexpr Kernels kernels{"scalar",       projectPositions, filterFootprint, combineRows,
                                      combineColumns, compositeCovered, compositeUniform};
     return kernels;
 }

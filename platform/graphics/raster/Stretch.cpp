@@ -103,7 +103,9 @@ AxisTable Axis::table(int from, int to, int samples) const {
     const double spread = reach();
     AxisTable result;
     result.start = from;
-    result.taps = std::min(samples, static_cast<int>(std::ceil(2 * spread)));
+    // Pairs of taps: where the picture has but one sample, the second one's weight is 0 and its pixel is made up.
+    const int needed = std::min(samples, static_cast<int>(std::ceil(2 * spread)));
+    result.taps = needed + needed % 2;
     const auto count = static_cast<std::size_t>(to - from);
     result.first.resize(count);
     result.weights.resize(count * static_cast<std::size_t>(result.taps));
@@ -113,7 +115,7 @@ AxisTable Axis::table(int from, int to, int samples) const {
         const double bounded = std::clamp(center, -spread - 1, samples + spread + 1);
         const int lowest = static_cast<int>(std::floor(bounded - spread)) + 1;
         const int highest = static_cast<int>(std::ceil(bounded + spread)) - 1;
-        const int first = std::clamp(lowest, 0, samples - result.taps);
+        const int first = std::clamp(lowest, 0, std::max(0, samples - result.taps));
         std::fill(weights.begin(), weights.end(), 0.0);
         for (int sample = lowest; sample <= highest; ++sample) {
             const int inside = std::clamp(std::clamp(sample, 0, samples - 1) - first, 0, result.taps - 1);
@@ -143,17 +145,20 @@ public:
         const std::int32_t* first = columns_.first.data() + columns_.index(left);
         const std::int32_t* last = columns_.first.data() + columns_.index(right - 1);
         const int from = std::min(*first, *last);
-        const int to = std::max(*first, *last) + columns_.taps;
+        const int to = std::min(std::max(*first, *last) + columns_.taps, view_.width);
         const int count = (to - from) * 4;
-        scratch.combined.resize(static_cast<std::size_t>(view_.width) * 4);
-        scratch.rows.resize(static_cast<std::size_t>(rows_.taps));
-        const std::int32_t firstRow = rows_.first[rows_.index(y)];
+        // One pixel more than the picture has, for the taps that are made up.
+        scratch.combined.resize((static_cast<std::size_t>(view_.width) + 1) * 4);
+        scratch.rows.clear();
+        scratch.weights.clear();
         for (int tap = 0; tap < rows_.taps; ++tap) {
-            scratch.rows[static_cast<std::size_t>(tap)] = view_.pixels +
-                                                          static_cast<std::size_t>(firstRow + tap) * view_.stride +
-                                                          static_cast<std::size_t>(from) * 4;
+            if (rows_.line(y)[tap] != 0) {
+                const auto row = static_cast<std::size_t>(rows_.first[rows_.index(y)] + tap);
+                scratch.rows.push_back(view_.pixels + row * view_.stride + static_cast<std::size_t>(from) * 4);
+                scratch.weights.push_back(rows_.line(y)[tap]);
+            }
         }
-        kernels_.combineRows(scratch.rows.data(), rows_.line(y), rows_.taps, count,
+        kernels_.combineRows(scratch.rows.data(), scratch.weights.data(), static_cast<int>(scratch.rows.size()), count,
                              scratch.combined.data() + static_cast<std::size_t>(from) * 4);
         kernels_.combineColumns(scratch.combined.data(), first, columns_.line(left), columns_.taps, right - left, out);
     }

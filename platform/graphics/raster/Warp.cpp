@@ -9,7 +9,6 @@ namespace quillomat::raster {
 
 namespace {
 
-constexpr int longestSegment = 64;
 constexpr int shortestSegment = 4;
 constexpr double largestChange = 0.04;
 
@@ -123,12 +122,8 @@ private:
         level.scaleU = 1 / factorU;
         level.scaleV = 1 / factorV;
         level.footprint.picture = pyramid_.level(levelU, levelV);
-        const PhaseTable& columnTable = phaseTable(columns.a, columns.b);
-        const PhaseTable& rowTable = phaseTable(rows.a, rows.b);
-        level.footprint.columnWeights = columnTable.columns.data();
-        level.footprint.columnTaps = columnTable.taps;
-        level.footprint.rowWeights = rowTable.rows.data();
-        level.footprint.rowTaps = rowTable.taps;
+        level.footprint.columns = &phaseTable(columns.a, columns.b);
+        level.footprint.rows = &phaseTable(rows.a, rows.b);
         // Beyond 32 columns a row nothing is told apart that so few rows of taps could show.
         level.footprint.shear =
             static_cast<std::int32_t>(std::lround(std::clamp(shear / factorU, -32.0, 32.0) * 65536));
@@ -139,22 +134,20 @@ private:
         const double centerY = y + 0.5;
         const Level level = levelAt((left + right) / 2.0, centerY);
         const auto& m = map_.m;
-        const double rowU = centerY * m[3] + m[6];
-        const double rowV = centerY * m[4] + m[7];
-        const double rowW = centerY * m[5] + m[8];
-        const auto position = [](double value, double scale, int extent) {
-            // Far outside, all taps read the edge: 32 pixels suffice for any footprint. NaN goes to the start.
-            const double highest = (extent + 32) * 64.0;
-            const double at = std::floor((value * scale - 0.5) * 64 + 0.5);
-            return static_cast<std::int32_t>(at > -32 * 64.0 ? (at < highest ? at : highest) : -32 * 64.0);
-        };
-        for (int x = left; x < right; ++x) {
-            const double centerX = x + 0.5;
-            const double inverse = 1 / (centerX * m[2] + rowW);
-            const auto i = static_cast<std::size_t>(x - left);
-            scratch.u[i] = position((centerX * m[0] + rowU) * inverse, level.scaleU, level.footprint.picture.width);
-            scratch.v[i] = position((centerX * m[1] + rowV) * inverse, level.scaleV, level.footprint.picture.height);
-        }
+        const double toU = level.scaleU * phases;
+        const double toV = level.scaleV * phases;
+        ProjectedRow row;
+        row.wStep = m[2];
+        row.w0 = centerY * m[5] + m[8];
+        // The centre of the first pixel, half a pixel from the edge, is position 0.
+        row.uStep = m[0] * toU - row.wStep * (phases / 2);
+        row.u0 = (centerY * m[3] + m[6]) * toU - row.w0 * (phases / 2);
+        row.vStep = m[1] * toV - row.wStep * (phases / 2);
+        row.v0 = (centerY * m[4] + m[7]) * toV - row.w0 * (phases / 2);
+        // 32 pixels outside, any footprint sees the edge alone.
+        row.highestU = (level.footprint.picture.width + 32.0) * phases;
+        row.highestV = (level.footprint.picture.height + 32.0) * phases;
+        kernels_.projectPositions(row, left, right - left, scratch.u.data(), scratch.v.data());
         kernels_.filterFootprint(level.footprint, scratch.u.data(), scratch.v.data(), right - left, out);
     }
 

@@ -34,7 +34,7 @@ Image translucentScreenshot() {
 }
 
 testing::AssertionResult agreesWithReference(const Recording& recording, const PictureTolerance& tolerance) {
-    return picturesAgree(renderReference(recording, {8}), rasterize(recording, 2), tolerance);
+    return picturesAgree(renderReference(recording, {12}), rasterize(recording, 2), tolerance);
 }
 
 testing::AssertionResult quadAgrees(const Image& picture, const Quad& quad, const PictureTolerance& tolerance,

@@ -1,0 +1,253 @@
+// Every kind of processor's kernels against the scalar twin, to the bit: odd lengths, offsets, guard bytes.
+#include "platform/graphics/raster/Kernels.h"
+
+#include "../codecs/EveryTarget.h"
+#include "platform/graphics/raster/Profiles.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <functional>
+#include <limits>
+#include <random>
+#include <vector>
+
+namespace quillomat::raster {
+namespace {
+
+using quillomat::testing::onEveryTarget;
+
+class KernelsTwins : public ::testing::Test {
+protected:
+    std::vector<std::uint8_t> randomBytes(std::size_t count) {
+        std::vector<std::uint8_t> bytes(count);
+        for (std::uint8_t& byte : bytes) {
+            byte = static_cast<std::uint8_t>(random_());
+        }
+        return bytes;
+    }
+
+    /// Premultiplied pixels, many of them clear or opaque, some breaking the rule.
+    std::vector<std::uint8_t> randomPixels(std::size_t count) {
+        std::vector<std::uint8_t> bytes = randomBytes(count * 4);
+        for (std::size_t i = 0; i < count; ++i) {
+            const unsigned kind = random_() % 8;
+            std::uint8_t& alpha = bytes[i * 4 + 3];
+            alpha = kind < 3 ? 0 : kind < 5 ? 255 : alpha;
+            for (std::size_t channel = 0; channel < 3 && kind != 7; ++channel) {
+                bytes[i * 4 + channel] = std::min(bytes[i * 4 + channel], alpha);
+            }
+        }
+        return bytes;
+    }
+
+    int upTo(int limit) { return static_cast<int>(random_() % static_cast<unsigned>(limit + 1)); }
+
+    std::mt19937 random_{23};
+};
+
+constexpr std::size_t guard = 40;
+
+/// Runs `draw` of the scalar twin and of each target into guarded buffers of `size` bytes and compares them.
+void expectSameBytes(const std::vector<std::uint8_t>& before, std::size_t offset,
+                     const std::function<void(const Kernels&, std::uint8_t*)>& draw) {
+    const auto drawn = [&](const Kernels& kernels) {
+        std::vector<std::uint8_t> buffer(guard + offset, 0xA5);
+        buffer.insert(buffer.end(), before.begin(), before.end());
+        buffer.insert(buffer.end(), guard, 0xA5);
+        draw(kernels, buffer.data() + guard + offset);
+        return buffer;
+    };
+    const std::vector<std::uint8_t> expected = drawn(scalarKernels());
+    for (std::size_t i = 0; i < guard; ++i) {
+        ASSERT_EQ(expected[i], 0xA5);
+        ASSERT_EQ(expected[expected.size() - 1 - i], 0xA5);
+    }
+    onEveryTarget([&](const char* target) { ASSERT_EQ(drawn(bestKernels()), expected) << target; });
+}
+
+TEST_F(KernelsTwins, compositeUniform) {
+    for (int count = 0; count < 40; ++count) {
+        const auto pixels = randomPixels(static_cast<std::size_t>(count));
+        for (const int coverage : {0, 1, 127, 128, 254, 255}) {
+            expectSameBytes(randomPixels(static_cast<std::size_t>(count)), static_cast<std::size_t>(count % 5),
+                            [&](const Kernels& kernels, std::uint8_t* out) {
+                                kernels.compositeUniform(out, pixels.data(), static_cast<std::uint8_t>(coverage),
+                                                         count);
+                            });
+        }
+    }
+}
+
+TEST_F(KernelsTwins, compositeCovered) {
+    for (int count = 0; count < 200; ++count) {
+        const auto pixels = randomPixels(static_cast<std::size_t>(count));
+        const auto coverage = randomBytes(static_cast<std::size_t>(count));
+        expectSameBytes(randomPixels(static_cast<std::size_t>(count)), static_cast<std::size_t>(count % 7),
+                        [&](const Kernels& kernels, std::uint8_t* out) {
+                            kernels.compositeCovered(out, pixels.data(), coverage.data(), count);
+                        });
+    }
+}
+
+TEST_F(KernelsTwins, combineRows) {
+    for (int count = 0; count < 100; ++count) {
+        const int taps = 1 + upTo(7);
+        std::vector<std::vector<std::uint8_t>> rows;
+        std::vector<const std::uint8_t*> pointers;
+        std::vector<std::int16_t> weights;
+        int rest = 16384;
+        for (int tap = 0; tap < taps; ++tap) {
+            rows.push_back(randomBytes(static_cast<std::size_t>(count)));
+            const int weight = tap + 1 == taps ? rest : upTo(6000) - 1500;
+            weights.push_back(static_cast<std::int16_t>(weight));
+            rest -= weight;
+        }
+        for (const auto& row : rows) {
+            pointers.push_back(row.data());
+        }
+        expectSameBytes(std::vector<std::uint8_t>(static_cast<std::size_t>(count) * 2), 0,
+                        [&](const Kernels& kernels, std::uint8_t* out) {
+                            std::vector<std::int16_t> sums(static_cast<std::size_t>(count) + 4, 1234);
+                            kernels.combineRows(pointers.data(), weights.data(), taps, count, sums.data());
+                            std::memcpy(out, sums.data(), static_cast<std::size_t>(count) * 2);
+                            EXPECT_EQ(sums[static_cast<std::size_t>(count)], 1234);
+                        });
+    }
+}
+
+TEST_F(KernelsTwins, combineColumns) {
+    for (int count = 0; count < 60; ++count) {
+        const int taps = 2 + 2 * upTo(4);
+        std::vector<std::int16_t> row(400);
+        for (std::int16_t& value : row) {
+            value = static_cast<std::int16_t>(upTo(18000) - 1000);
+        }
+        std::vector<std::int32_t> first;
+        std::vector<std::int16_t> weights;
+        for (int i = 0; i < count; ++i) {
+            first.push_back(upTo(100 - taps));
+            int rest = 16384;
+            for (int tap = 0; tap < taps; ++tap) {
+                const int weight = tap + 1 == taps ? rest : upTo(4000) - 1000;
+                weights.push_back(static_cast<std::int16_t>(weight));
+                rest -= weight;
+            }
+        }
+        expectSameBytes(randomBytes(static_cast<std::size_t>(count) * 4), static_cast<std::size_t>(count % 3),
+                        [&](const Kernels& kernels, std::uint8_t* out) {
+                            kernels.combineColumns(row.data(), first.data(), weights.data(), taps, count, out);
+                        });
+    }
+}
+
+TEST_F(KernelsTwins, projectPositions) {
+    constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+    std::uniform_real_distribution<double> unit(-1, 1);
+    for (int i = 0; i < 300; ++i) {
+        ProjectedRow row;
+        row.uStep = unit(random_) * 64, row.u0 = unit(random_) * 9000;
+        row.vStep = unit(random_) * 64, row.v0 = unit(random_) * 9000;
+        row.wStep = unit(random_) * 0.01, row.w0 = i % 7 == 0 ? 0 : 1 + unit(random_);
+        row.highestU = 9000, row.highestV = 7000.5;
+        if (i % 11 == 0) {
+            row.u0 = notANumber;
+        }
+        if (i % 13 == 0) {
+            row.wStep = row.w0 = 0;
+        }
+        const int count = upTo(longestSegment);
+        const int left = upTo(3000);
+        expectSameBytes(std::vector<std::uint8_t>(static_cast<std::size_t>(count) * 8), 0,
+                        [&](const Kernels& kernels, std::uint8_t* out) {
+                            std::vector<std::int32_t> u(static_cast<std::size_t>(count) + 1, 77);
+                            std::vector<std::int32_t> v(static_cast<std::size_t>(count) + 1, 77);
+                            kernels.projectPositions(row, left, count, u.data(), v.data());
+                            EXPECT_EQ(u.back(), 77);
+                            EXPECT_EQ(v.back(), 77);
+                            std::memcpy(out, u.data(), static_cast<std::size_t>(count) * 4);
+                            std::memcpy(out + count * 4, v.data(), static_cast<std::size_t>(count) * 4);
+                            for (int k = 0; k < count; ++k) {
+                                EXPECT_GE(u[static_cast<std::size_t>(k)], -2048);
+                                EXPECT_LE(u[static_cast<std::size_t>(k)], 9000);
+                            }
+                        });
+    }
+}
+
+TEST_F(KernelsTwins, filterFootprint) {
+    for (int i = 0; i < 400; ++i) {
+        const int width = 1 + upTo(60);
+        const int height = 1 + upTo(40);
+        // The picture ends with its vector, so that a sanitizer sees a read beyond it.
+        const auto pixels = randomPixels(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
+        Footprint footprint;
+        footprint.picture = {pixels.data(), width, height, static_cast<std::size_t>(width) * 4};
+        const auto boxWidth = [&] { return upTo(100) * (i % 3 == 0 ? 0.07 : 0.02); };
+        footprint.columns = &phaseTable(boxWidth(), boxWidth());
+        footprint.rows = &phaseTable(boxWidth(), boxWidth());
+        footprint.shear = i % 4 == 0 ? 0 : (upTo(400) - 200) * (i % 5 == 0 ? 10000 : 700);
+        const int count = 1 + upTo(longestSegment - 1);
+        std::vector<std::int32_t> u(longestSegment);
+        std::vector<std::int32_t> v(longestSegment);
+        for (std::size_t k = 0; k < longestSegment; ++k) {
+            u[k] = upTo((width + 8) * 64) - 256;
+            v[k] = upTo((height + 8) * 64) - 256;
+        }
+        expectSameBytes(randomBytes(static_cast<std::size_t>(count) * 4), static_cast<std::size_t>(i % 4),
+                        [&](const Kernels& kernels, std::uint8_t* out) {
+                            kernels.filterFootprint(footprint, u.data(), v.data(), count, out);
+                        });
+    }
+}
+
+TEST_F(KernelsTwins, footprintsKeepFlatColours) {
+    // Weights sum to 1 at every phase: a flat picture stays flat, and an opaque one opaque.
+    for (const int level : {0, 1, 127, 254, 255}) {
+        const std::vector<std::uint8_t> pixels(64 * 64 * 4, static_cast<std::uint8_t>(level));
+        for (double width = 0; width <= 7; width += 0.37) {
+            Footprint footprint{
+                {pixels.data(), 64, 64, 256}, &phaseTable(width, width / 3), &phaseTable(width / 2, width), 30000};
+            for (int phase = 0; phase < phases; ++phase) {
+                const std::int32_t u = 32 * 64 + phase;
+                const std::int32_t v = 32 * 64 + (phase * 7) % 64;
+                std::uint8_t out[4];
+                scalarKernels().filterFootprint(footprint, &u, &v, 1, out);
+                ASSERT_EQ(out[0], level) << width << ", phase " << phase;
+                ASSERT_EQ(out[3], level) << width << ", phase " << phase;
+            }
+        }
+    }
+}
+
+TEST(Profiles, boxesAndTentsSumToOne) {
+    for (const double width : {0.0, 0.3, 1.0, 2.7, 6.0}) {
+        for (const double other : {0.0, 0.5, 1.9}) {
+            double sum = 0;
+            double integral = 0;
+            for (int i = -12; i <= 12; ++i) {
+                sum += boxBoxTent(i + 0.3, width, other);
+            }
+            for (int i = -12000; i <= 12000; ++i) {
+                integral += boxBoxTent(i / 1000.0, width, other) / 1000;
+            }
+            EXPECT_NEAR(integral, 1, 1e-6);
+            EXPECT_NEAR(sum, 1, 1e-9) << width << " and " << other;
+        }
+    }
+}
+
+TEST(Profiles, boxBoxTentIsTheAverageOfBoxTentsOverTheOtherBox) {
+    for (double t = -4; t <= 4; t += 0.173) {
+        double average = 0;
+        for (int i = 0; i < 2000; ++i) {
+            average += boxTent(t + ((i + 0.5) / 2000 - 0.5) * 1.3, 2.2) / 2000;
+        }
+        EXPECT_NEAR(boxBoxTent(t, 2.2, 1.3), average, 1e-6);
+        EXPECT_NEAR(boxBoxTent(t, 1.3, 2.2), average, 1e-6);
+    }
+}
+
+} // namespace
+} // namespace quillomat::raster
