@@ -36,3 +36,10 @@ if(QUILLOMAT_SANITIZE)
   add_compile_options(-fsanitize=${QUILLOMAT_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${QUILLOMAT_SANITIZE})
 endif()
+
+# The fuzzer is led by which branches of our code an input takes.
+if(QUILLOMAT_FUZZERS)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+  # Clang warns of other things than the compiler that is built with every day; they are no reason not to fuzz.
+  target_compile_options(quillomat_warnings INTERFACE -Wno-error)
+endif()
