@@ -193,15 +193,23 @@ def reader(size):
     return page.image
 
 
-def rings(size):
-    """A small round page: the day in three rings, for the watch."""
-    page = Page(Image.new("RGB", size, (6, 8, 10)))
-    cx, cy = page.w / 2, page.h * 0.53
-    for k, (colour, share) in enumerate((((62, 198, 190), 0.78), ((240, 170, 80), 0.56), ((226, 92, 110), 0.9))):
-        r, u = 34 - 9 * k, page.unit
-        for back, amount in (((*[c // 5 for c in colour], 255), 1.0), ((*colour, 255), share)):
-            page.draw.arc(((cx - r) * u, (cy - r) * u, (cx + r) * u, (cy + r) * u), -90, -90 + 360 * amount, fill=back, width=int(6.5 * u))
-    page.text(page.w - 12, 7, "9:24", 9, (255, 255, 255), "SemiBold", "ra")
+def dial(size):
+    """A quiet clock face with the tide below, for the watch."""
+    page = Page(gradient(size, (10, 26, 34), (4, 8, 12)))
+    cx, cy, r = page.w / 2, page.h * 0.47, 39
+    for k in range(60):
+        angle = math.radians(6 * k)
+        inner = r - (5.5 if k % 5 == 0 else 2.2)
+        colour = (238, 232, 220) if k % 5 == 0 else (110, 124, 130)
+        page.line([(cx + inner * math.sin(angle), cy - inner * math.cos(angle)), (cx + r * math.sin(angle), cy - r * math.cos(angle))], colour, 1.3 if k % 5 == 0 else 0.7)
+    page.text(cx, cy + 15, "THU 14", 6, (238, 176, 106), "SemiBold", "mm")
+    for angle, length, width, colour in ((292, 21, 3.4, (250, 246, 238)), (144, 32, 2.4, (250, 246, 238)), (30, 35, 0.9, (62, 198, 190))):
+        turn = math.radians(angle)
+        page.line([(cx - 5 * math.sin(turn), cy + 5 * math.cos(turn)), (cx + length * math.sin(turn), cy - length * math.cos(turn))], colour, width)
+    page.dot(cx, cy, 2.6, (62, 198, 190))
+    for layer, colour in enumerate(((20, 92, 98), (14, 62, 72))):
+        points = [(x, page.h * 0.90 + 3.5 * layer - 3.2 * math.sin(x * 0.11 + 1.4 * layer)) for x in np.arange(-2, page.w + 3, 0.8)]
+        page.polygon([(-2, page.h + 2), *points, (page.w + 3, page.h + 2)], colour)
     return page.image
 
 
@@ -276,5 +284,5 @@ def window(size):
     return Image.fromarray(np.clip(lit, 0, 255).astype(np.uint8), "RGB")
 
 
-SCREENS = {"hills": hills, "budget": budget, "player": player, "reader": reader, "rings": rings, "atlas": atlas}
+SCREENS = {"hills": hills, "budget": budget, "player": player, "reader": reader, "dial": dial, "atlas": atlas}
 BACKGROUNDS = {"paper": paper, "night": night, "teal": teal, "peach": peach, "lights": lights, "window": window}
