@@ -106,6 +106,9 @@ def transform(matrix, x, y):
     return u, v
 
 
+TALL = 2731  # from this height of its box on, the application flattens a screen at half size, on black
+
+
 class Screen:
     """One screen in one picture: its whole-pixel quad and the rounded outline that the hole follows.
 
@@ -116,6 +119,10 @@ class Screen:
     def __init__(self, quad, size, radius):
         self.exact = np.asarray(quad, float)
         self.quad = np.round(self.exact)
+        tall = np.ptp(self.quad[:, 1]) >= TALL
+        if tall:  # halves must be whole pixels: the upright quad gets an even width and height
+            low = self.quad.min(axis=0)
+            self.quad = low + 2 * np.round((self.quad - low) / 2)
         self.size = size  # of the glass area, millimetres
         self.box = bounding_box(self.quad)
         self.to_picture = rectangle_to_quad(size[0], size[1], self.quad)
@@ -125,7 +132,7 @@ class Screen:
         # device: nearly the largest that cuts no more than the hole's own corner does. Nearly, so that
         # the screenshot is whole where the hole's corner begins to leave the edge.
         fitting = min(radius * self.box[2] / size[0], radius * self.box[3] / size[1])
-        self.corner_radius = int(0.92 * fitting)
+        self.corner_radius = int(0.92 * fitting / (2 if tall else 1))  # the half-size screen is rounded, then doubled
 
     def scaled(self, factor):
         other = Screen(self.quad * factor, self.size, self.radius)
