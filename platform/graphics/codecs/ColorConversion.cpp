@@ -1,5 +1,7 @@
 #include "platform/graphics/codecs/ColorConversion.h"
 
+#include "platform/graphics/codecs/MatrixConversion.h"
+
 #include <lcms2.h>
 
 #include <algorithm>
@@ -64,6 +66,15 @@ private:
     bool fromInks_;
 };
 
+class MatrixStep final : public ColorConversion::Step {
+public:
+    explicit MatrixStep(const MatrixColors& colors) : conversion_(colors) {}
+    void convert(std::uint8_t* pixels, std::size_t count) const override { conversion_.convert(pixels, count); }
+
+private:
+    MatrixConversion conversion_;
+};
+
 /// Grey has only 256 values.
 class GrayStep final : public ColorConversion::Step {
 public:
@@ -120,10 +131,92 @@ cmsUInt32Number pixelFormat(ColorModel model) {
     return 0;
 }
 
+using Matrix = std::array<std::array<double, 3>, 3>;
+
+/// The profile's primaries as the columns of a matrix to its connection space.
+std::optional<Matrix> primariesOf(cmsHPROFILE profile) {
+    Matrix matrix{};
+    constexpr std::array<cmsTagSignature, 3> tags{cmsSigRedColorantTag, cmsSigGreenColorantTag, cmsSigBlueColorantTag};
+    for (std::size_t i = 0; i < 3; ++i) {
+        const auto* color = static_cast<const cmsCIEXYZ*>(cmsReadTag(profile, tags[i]));
+        if (color == nullptr) {
+            return std::nullopt;
+        }
+        matrix[0][i] = color->X;
+        matrix[1][i] = color->Y;
+        matrix[2][i] = color->Z;
+    }
+    return matrix;
+}
+
+Matrix product(const Matrix& a, const Matrix& b) {
+    Matrix result{};
+    for (std::size_t row = 0; row < 3; ++row) {
+        for (std::size_t column = 0; column < 3; ++column) {
+            result[row][column] = a[row][0] * b[0][column] + a[row][1] * b[1][column] + a[row][2] * b[2][column];
+        }
+    }
+    return result;
+}
+
+std::optional<Matrix> inverse(const Matrix& m) {
+    const auto minorOf = [&m](std::size_t row, std::size_t column) {
+        const std::size_t r1 = (row + 1) % 3;
+        const std::size_t r2 = (row + 2) % 3;
+        const std::size_t c1 = (column + 1) % 3;
+        const std::size_t c2 = (column + 2) % 3;
+        return m[r1][c1] * m[r2][c2] - m[r1][c2] * m[r2][c1];
+    };
+    const double determinant = m[0][0] * minorOf(0, 0) + m[0][1] * minorOf(0, 1) + m[0][2] * minorOf(0, 2);
+    if (!(std::abs(determinant) > 1e-9)) {
+        return std::nullopt;
+    }
+    Matrix result{};
+    for (std::size_t row = 0; row < 3; ++row) {
+        for (std::size_t column = 0; column < 3; ++column) {
+            result[row][column] = minorOf(column, row) / determinant;
+        }
+    }
+    return result;
+}
+
+/// What curves and a matrix say of the profile; nothing for one that goes by tables.
+std::optional<MatrixColors> matrixColorsOf(cmsHPROFILE from, cmsHPROFILE srgb) {
+    if (!cmsIsMatrixShaper(from) || cmsIsTag(from, cmsSigAToB0Tag) || cmsIsTag(from, cmsSigDToB0Tag) ||
+        cmsGetPCS(from) != cmsSigXYZData) {
+        return std::nullopt;
+    }
+    const std::optional<Matrix> toConnection = primariesOf(from);
+    const std::optional<Matrix> srgbToConnection = primariesOf(srgb);
+    const std::optional<Matrix> toSrgb = srgbToConnection ? inverse(*srgbToConnection) : std::nullopt;
+    if (!toConnection || !toSrgb) {
+        return std::nullopt;
+    }
+    MatrixColors colors;
+    colors.toSrgb = product(*toSrgb, *toConnection);
+    constexpr std::array<cmsTagSignature, 3> tags{cmsSigRedTRCTag, cmsSigGreenTRCTag, cmsSigBlueTRCTag};
+    for (std::size_t i = 0; i < 3; ++i) {
+        const auto* curve = static_cast<const cmsToneCurve*>(cmsReadTag(from, tags[i]));
+        if (curve == nullptr) {
+            return std::nullopt;
+        }
+        for (std::size_t value = 0; value < 256; ++value) {
+            const double light = static_cast<double>(cmsEvalToneCurveFloat(curve, static_cast<float>(value) / 255.0F));
+            colors.linear[i][value] = light > 0 ? std::min(light, 1.0) : 0; // NaN counts as none
+        }
+    }
+    return colors;
+}
+
 std::shared_ptr<const ColorConversion::Step> makeStep(const Context& context, const Profile& from, ColorModel model) {
     const Profile srgb(cmsCreate_sRGBProfileTHR(context.get()));
     if (!from || !srgb || !isProfileFor(from.get(), model)) {
         return nullptr;
+    }
+    if (model == ColorModel::rgb) {
+        if (const std::optional<MatrixColors> colors = matrixColorsOf(from.get(), srgb.get())) {
+            return std::make_shared<MatrixStep>(*colors);
+        }
     }
     const bool gray = model == ColorModel::gray;
     // The library's optimiser samples the curve of grey coarsely, which shows in dark levels.

@@ -1,6 +1,8 @@
 #include "TestPictures.h"
 #include "platform/graphics/codecs/ColorConversion.h"
 
+#include <lcms2.h>
+
 #include <cmath>
 #include <functional>
 
@@ -87,6 +89,7 @@ TEST_F(EmbeddedProfile, displayP3OfTheOldVersionIsConvertedByItsDefinition) {
     expectConversion("DisplayP3-v2-magic.icc", srgbToLinear, displayP3ToSrgb, 2);
 }
 
+// Two levels, in the darkest colours: the primaries in the profile are rounded.
 TEST_F(EmbeddedProfile, adobeCompatibleIsConvertedByItsDefinition) {
     expectConversion(
         "AdobeCompat-v4.icc", [](double v) { return std::pow(v, 563 / 256.0); }, adobeToSrgb, 2);
@@ -95,6 +98,67 @@ TEST_F(EmbeddedProfile, adobeCompatibleIsConvertedByItsDefinition) {
 TEST_F(EmbeddedProfile, proPhotoIsConvertedByItsDefinition) {
     expectConversion(
         "ProPhoto-v4.icc", [](double v) { return v < 1 / 32.0 ? v / 16 : std::pow(v, 1.8); }, proPhotoToSrgb, 2);
+}
+
+/// Every colour on a lattice through the whole cube, and every grey.
+std::vector<Rgba> manyColors() {
+    std::vector<Rgba> many;
+    for (int red = 0; red < 256; red += 15) {
+        for (int green = 0; green < 256; green += 15) {
+            for (int blue = 0; blue < 256; blue += 15) {
+                many.push_back({static_cast<std::uint8_t>(red), static_cast<std::uint8_t>(green),
+                                static_cast<std::uint8_t>(blue), 200});
+            }
+        }
+    }
+    for (int level = 0; level < 256; ++level) {
+        const auto value = static_cast<std::uint8_t>(level);
+        many.push_back({value, value, value, 255});
+    }
+    return many;
+}
+
+TEST_F(EmbeddedProfile, ownMatrixArithmeticAgreesWithTheColorLibrary) {
+    for (const char* name : {"DisplayP3-v4.icc", "AdobeCompat-v4.icc", "ProPhoto-v4.icc"}) {
+        const Bytes profile = readWhole(folder_ / name);
+        const ColorConversion own = ColorConversion::fromProfile(profile, ColorModel::rgb);
+        ASSERT_FALSE(own.isIdentity()) << name;
+        cmsHPROFILE from = cmsOpenProfileFromMem(profile.data(), static_cast<cmsUInt32Number>(profile.size()));
+        cmsHPROFILE srgb = cmsCreate_sRGBProfile();
+        // In floating point: its own whole-number path is off by up to three levels in dark colours.
+        cmsHTRANSFORM judge =
+            cmsCreateTransform(from, TYPE_RGB_FLT, srgb, TYPE_RGB_FLT, INTENT_PERCEPTUAL, cmsFLAGS_NOCACHE);
+        for (const Rgba& color : manyColors()) {
+            const std::array<float, 3> input{color[0] / 255.0F, color[1] / 255.0F, color[2] / 255.0F};
+            std::array<float, 3> output{};
+            cmsDoTransform(judge, input.data(), output.data(), 1);
+            Rgba expectedColor = color;
+            for (std::size_t i = 0; i < 3; ++i) {
+                expectedColor[i] = static_cast<std::uint8_t>(std::clamp(output[i], 0.0F, 1.0F) * 255 + 0.5F);
+            }
+            Rgba converted = color;
+            own.convert(converted.data(), 1);
+            ASSERT_LE(largestDifference(converted, expectedColor), 1)
+                << name << " of " << int{color[0]} << " " << int{color[1]} << " " << int{color[2]};
+        }
+        cmsDeleteTransform(judge);
+        cmsCloseProfile(srgb);
+        cmsCloseProfile(from);
+    }
+}
+
+TEST_F(EmbeddedProfile, manyPixelsAreConvertedLikeEachAlone) {
+    const ColorConversion conversion =
+        ColorConversion::fromProfile(readWhole(folder_ / "DisplayP3-v4.icc"), ColorModel::rgb);
+    std::vector<Rgba> together = manyColors();
+    together.insert(together.end(), 50, together.back());
+    std::vector<Rgba> alone = together;
+    conversion.convert(together.front().data(), together.size());
+    for (Rgba& color : alone) {
+        conversion.convert(color.data(), 1);
+    }
+    EXPECT_EQ(together, alone);
+    conversion.convert(nullptr, 0);
 }
 
 TEST_F(EmbeddedProfile, srgbInAllButNameConvertsNothing) {
