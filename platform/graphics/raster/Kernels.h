@@ -86,7 +86,7 @@ struct Kernels {
 /// The best that this processor runs.
 [[nodiscard]] const Kernels& bestKernels();
 
-/// a / 255 rounded to the nearest, for a up to 65,279.
+/// a / 255 rounded to the nearest, for a up to 65,152.
 [[nodiscard]] constexpr std::uint32_t dividedBy255(std::uint32_t a) {
     return (a + 128 + ((a + 128) >> 8)) >> 8;
 }

@@ -232,7 +232,7 @@ void Layer::drawMixedRow(int y, const CoverageRow& row, std::uint8_t* canvasRow,
         const std::uint32_t rest = 255 - dividedBy255(static_cast<std::uint32_t>(sums[3]));
         for (std::size_t i = 0; i < 4; ++i) {
             const std::uint32_t sum = static_cast<std::uint32_t>(sums[i]) + to[i] * rest;
-            to[i] = static_cast<std::uint8_t>(dividedBy255(std::min(sum, 65279U)));
+            to[i] = static_cast<std::uint8_t>(dividedBy255(std::min(sum, 65152U)));
         }
     }
 }

@@ -103,7 +103,7 @@ void compositePixel(std::uint8_t* canvas, const std::uint8_t* pixel, std::uint32
     const std::uint32_t rest = 255 - dividedBy255(pixel[3] * coverage);
     for (int channel = 0; channel < 4; ++channel) {
         const std::uint32_t sum = pixel[channel] * coverage + canvas[channel] * rest;
-        canvas[channel] = static_cast<std::uint8_t>(std::min(dividedBy255(std::min(sum, 65279U)), 255U));
+        canvas[channel] = static_cast<std::uint8_t>(std::min(dividedBy255(std::min(sum, 65152U)), 255U));
     }
 }
 
@@ -125,10 +125,6 @@ const Kernels& scalarKernels() {
     static constexpr Kernels kernels{"scalar",       projectPositions, filterFootprint, combineRows,
                                      combineColumns, compositeCovered, compositeUniform};
     return kernels;
-}
-
-const Kernels& bestKernels() {
-    return scalarKernels();
 }
 
 } // namespace quillomat::raster

@@ -326,7 +326,7 @@ struct Composite {
         const auto alpha = hn::BitCast(d16, hn::TableLookupBytes(hn::BitCast(d8, weighted), hn::Load(d8, spread)));
         const auto rest = hn::Sub(hn::Set(d16, std::uint16_t{255}), divided(alpha));
         const auto sum = hn::SaturatedAdd(weighted, hn::Mul(canvas, rest));
-        return divided(hn::Min(sum, hn::Set(d16, std::uint16_t{65279})));
+        return divided(hn::Min(sum, hn::Set(d16, std::uint16_t{65152})));
     }
 };
 

@@ -67,6 +67,19 @@ void expectSameBytes(const std::vector<std::uint8_t>& before, std::size_t offset
     onEveryTarget([&](const char* target) { ASSERT_EQ(drawn(bestKernels()), expected) << target; });
 }
 
+TEST(Kernels, wideRegistersAreUsedWhereThereAreAny) {
+#if defined(__x86_64__) || defined(__aarch64__)
+    EXPECT_NE(&bestKernels(), &scalarKernels());
+#endif
+}
+
+TEST(Kernels, dividesBy255ToTheNearest) {
+    for (std::uint32_t a = 0; a <= 65152; ++a) {
+        ASSERT_EQ(dividedBy255(a), static_cast<std::uint32_t>(std::lround(a / 255.0))) << a;
+        ASSERT_LE(a + 128 + ((a + 128) >> 8), 65535U) << "fits 16 bits";
+    }
+}
+
 TEST_F(KernelsTwins, compositeUniform) {
     for (int count = 0; count < 40; ++count) {
         const auto pixels = randomPixels(static_cast<std::size_t>(count));
