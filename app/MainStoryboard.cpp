@@ -22,11 +22,18 @@ std::shared_ptr<ViewController> MainStoryboard::instantiate(const std::string& i
         std::fprintf(stderr, "storyboard: no screen is called %s\n", identifier.c_str());
         std::abort();
     }
-    return screen->second();
+    return report(screen->second());
 }
 
 std::shared_ptr<NavigationController> MainStoryboard::instantiateInitialViewController() {
-    return std::make_shared<NavigationController>(std::make_shared<SelectionTableViewController>(platform_, *this));
+    return std::make_shared<NavigationController>(
+        report(std::make_shared<SelectionTableViewController>(platform_, *this)));
+}
+
+std::shared_ptr<ViewController> MainStoryboard::report(std::shared_ptr<ViewController> screen) const {
+    if (screenMade)
+        screenMade(screen);
+    return screen;
 }
 
 } // namespace quillomat

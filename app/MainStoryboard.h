@@ -23,7 +23,12 @@ public:
     /// A navigation controller with the catalogue list at its root, loaded.
     [[nodiscard]] std::shared_ptr<NavigationController> instantiateInitialViewController();
 
+    /// Told of every screen as soon as it is made, before its view loads: a host can show what stands while it loads.
+    std::function<void(const std::shared_ptr<ViewController>&)> screenMade;
+
 private:
+    [[nodiscard]] std::shared_ptr<ViewController> report(std::shared_ptr<ViewController> screen) const;
+
     Platform& platform_;
     std::map<std::string, std::function<std::shared_ptr<ViewController>()>> screens_;
 };

@@ -1,0 +1,91 @@
+// The window's end of the application: the one door into the core, and the mirror of what stands in front.
+#pragma once
+
+#include "app/Application.h"
+#include "hosts/qt/Pictures.h"
+#include "hosts/qt/Presentations.h"
+#include "hosts/qt/Screens.h"
+
+#include <QObject>
+#include <QString>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace quillomat {
+
+struct ShellSettings {
+    QString picturesFolder;
+    QString downloadsFolder;
+    QString appearance = QStringLiteral("auto"); // "light", "dark", "auto"
+    bool reducesMotion = false;
+};
+
+/// Everything that reaches the core comes through `perform`, one thing at a time; after each the mirrors are brought up
+/// to date. While the core waits for the web, what comes is kept and performed afterwards, in order.
+class Shell final : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(QObject* presentation READ presentation NOTIFY presentationChanged)
+    Q_PROPERTY(bool isWaiting READ isWaiting NOTIFY isWaitingChanged)
+    Q_PROPERTY(int depth READ depth NOTIFY depthChanged)
+    Q_PROPERTY(QString appearance READ appearance CONSTANT)
+    Q_PROPERTY(bool reducesMotion READ reducesMotion CONSTANT)
+    Q_PROPERTY(qreal textScale READ textScale CONSTANT)
+
+public:
+    Shell(Platform& platform, ShellSettings settings);
+    ~Shell() override;
+
+    /// Builds the catalogue list, which compares its revision with the published one. Once, after the first frame.
+    void launch();
+    void perform(std::function<void()> action);
+    void setWaiting(bool waiting);
+
+    [[nodiscard]] Platform& platform() { return application_->platform(); }
+    [[nodiscard]] PictureRegistry& pictures() { return *pictures_; }
+    [[nodiscard]] const std::shared_ptr<PictureRegistry>& sharedPictures() const { return pictures_; }
+    [[nodiscard]] const QString& picturesFolder() const { return settings_.picturesFolder; }
+    [[nodiscard]] const QString& downloadsFolder() const { return settings_.downloadsFolder; }
+    /// The shape that pictures for this screen's background are cut to.
+    [[nodiscard]] PixelSize canvasOf(const ViewController& screen) const;
+
+    [[nodiscard]] QObject* presentation() const { return presentation_; }
+    [[nodiscard]] bool isWaiting() const { return isWaiting_; }
+    [[nodiscard]] int depth() const { return static_cast<int>(screens_.size()); }
+    [[nodiscard]] const QString& appearance() const { return settings_.appearance; }
+    [[nodiscard]] bool reducesMotion() const { return settings_.reducesMotion; }
+    [[nodiscard]] qreal textScale() const;
+
+    /// A text of the core in the user's language.
+    [[nodiscard]] QString text(const QString& english) const;
+    Q_INVOKABLE void back();
+    /// The screen has left the window for good.
+    Q_INVOKABLE void release(QObject* screen);
+
+signals:
+    void presentationChanged();
+    void isWaitingChanged();
+    void depthChanged();
+    void pushed(QObject* screen);
+    void poppedTo(int depth);
+
+private:
+    void mirror();
+    void mirrorStack();
+    void mirrorPresentation();
+    [[nodiscard]] ScreenModel* makeModel(const std::shared_ptr<ViewController>& controller);
+    [[nodiscard]] std::vector<std::shared_ptr<ViewController>> stack() const;
+
+    ShellSettings settings_;
+    std::shared_ptr<PictureRegistry> pictures_ = std::make_shared<PictureRegistry>();
+    std::unique_ptr<Application> application_;
+    std::weak_ptr<ViewController> root_;
+    std::vector<ScreenModel*> screens_;
+    PresentationModel* presentation_ = nullptr;
+    std::vector<std::function<void()>> kept_;
+    bool isPerforming_ = false;
+    bool isWaiting_ = false;
+};
+
+} // namespace quillomat

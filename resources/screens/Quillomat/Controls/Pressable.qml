@@ -1,0 +1,59 @@
+// What all buttons are: a press by finger, mouse, key or screen reader, a name, a ring when focused.
+import QtQuick
+import Quillomat.Theme
+
+Item {
+    id: root
+
+    required property string name
+    property string hint: ""
+    property bool sinks: true
+    property alias ringRadius: ring.radius
+    readonly property bool pressed: tap.pressed
+    readonly property bool hovered: hover.hovered
+    default property alias content: surface.data
+
+    signal triggered()
+
+    function trigger(): void {
+        if (root.enabled)
+            root.triggered();
+    }
+
+    implicitWidth: Theme.target
+    implicitHeight: Theme.target
+    activeFocusOnTab: enabled
+    objectName: name
+
+    Accessible.role: Accessible.Button
+    Accessible.name: name
+    Accessible.description: hint
+    Accessible.focusable: true
+    Accessible.onPressAction: root.trigger()
+
+    Keys.onReturnPressed: event => { if (!event.isAutoRepeat) root.trigger(); }
+    Keys.onEnterPressed: event => { if (!event.isAutoRepeat) root.trigger(); }
+    Keys.onSpacePressed: event => { if (!event.isAutoRepeat) root.trigger(); }
+
+    TapHandler {
+        id: tap
+        gesturePolicy: TapHandler.ReleaseWithinBounds
+        onTapped: root.trigger()
+    }
+    HoverHandler {
+        id: hover
+        cursorShape: root.enabled ? Qt.PointingHandCursor : Qt.ArrowCursor
+    }
+    Item {
+        id: surface
+        anchors.fill: parent
+        opacity: root.enabled ? 1 : Theme.disabledOpacity
+        scale: root.sinks && root.pressed ? Theme.pressedScale : 1
+        Behavior on scale { NumberAnimation { duration: Theme.fade; easing.type: Theme.easing } }
+        Behavior on opacity { NumberAnimation { duration: Theme.fade } }
+    }
+    FocusRing {
+        id: ring
+        visible: root.activeFocus && root.Window.active
+    }
+}

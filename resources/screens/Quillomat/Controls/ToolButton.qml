@@ -1,0 +1,45 @@
+// A tool of the editor's bar: a line icon over a small label.
+import QtQuick
+import Quillomat.Theme
+
+Pressable {
+    id: root
+
+    property string label: name
+    property string icon: ""
+    property bool prominent: false
+    property bool on: false
+    readonly property color ink: prominent || on ? Theme.accent : Theme.text
+
+    implicitHeight: Theme.toolBarHeight - 2 * Theme.step
+    ringRadius: Theme.wellRadius
+
+    Accessible.checkable: false
+
+    Rectangle {
+        anchors.fill: parent
+        anchors.margins: Theme.step / 2
+        radius: Theme.wellRadius
+        color: root.pressed ? Theme.cardPressed : Theme.clear
+        Behavior on color { ColorAnimation { duration: Theme.fade } }
+    }
+    Icon {
+        id: picture
+        name: root.icon
+        color: root.ink
+        anchors.horizontalCenter: parent.horizontalCenter
+        anchors.top: parent.top
+        anchors.topMargin: 2.5 * Theme.step
+    }
+    Caption {
+        text: root.label
+        size: Theme.sizeTiny
+        color: root.ink
+        strong: root.prominent
+        lineHeight: 1
+        width: parent.width
+        horizontalAlignment: Text.AlignHCenter
+        anchors.top: picture.bottom
+        anchors.topMargin: 1.5 * Theme.step
+    }
+}

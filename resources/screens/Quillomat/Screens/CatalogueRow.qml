@@ -1,0 +1,86 @@
+// One row of the catalogue: a preview on a soft well, a title, a description, a size.
+import QtQuick
+import Quillomat.Controls
+import Quillomat.Theme
+
+Pressable {
+    id: root
+
+    required property int index
+    required property string typeLabel
+    required property string sizeLabel
+    required property string descLabel
+    required property string previewImage
+
+    name: typeLabel
+    hint: descLabel
+    sinks: true
+    ringRadius: Theme.cardRadius
+    Accessible.role: Accessible.ListItem
+
+    Rectangle {
+        id: card
+        anchors.fill: parent
+        anchors.leftMargin: Theme.gap
+        anchors.rightMargin: Theme.gap
+        anchors.topMargin: Theme.step
+        anchors.bottomMargin: Theme.step
+        radius: Theme.cardRadius
+        color: root.pressed || root.hovered ? Theme.cardPressed : Theme.card
+        Behavior on color { ColorAnimation { duration: Theme.fade } }
+    }
+    Rectangle {
+        id: well
+        width: Theme.previewSide
+        height: Theme.previewSide
+        anchors.left: card.left
+        anchors.leftMargin: 2 * Theme.step
+        anchors.verticalCenter: card.verticalCenter
+        radius: Theme.wellRadius
+        gradient: Gradient {
+            GradientStop { position: 0; color: Theme.wellTop }
+            GradientStop { position: 1; color: Theme.wellBottom }
+        }
+        FadingPicture {
+            anchors.fill: parent
+            anchors.margins: Theme.step
+            source: root.previewImage
+        }
+    }
+    Column {
+        anchors.left: well.right
+        anchors.leftMargin: Theme.gap + Theme.step
+        anchors.right: chevron.left
+        anchors.rightMargin: Theme.step
+        anchors.verticalCenter: card.verticalCenter
+        spacing: Theme.step
+
+        Caption {
+            width: parent.width
+            text: root.typeLabel
+            size: Theme.sizeTitle
+            strong: true
+            lineHeight: 1.1
+        }
+        Caption {
+            width: parent.width
+            text: root.descLabel
+            size: Theme.sizeSmall
+            color: Theme.secondaryText
+            wrapMode: Text.WordWrap
+            maximumLineCount: 2
+            lineHeight: 1.2
+        }
+        Chip { text: root.sizeLabel }
+    }
+    Icon {
+        id: chevron
+        name: "chevron"
+        size: 18
+        color: Theme.secondaryText
+        opacity: 0.6
+        anchors.right: card.right
+        anchors.rightMargin: Theme.gap
+        anchors.verticalCenter: card.verticalCenter
+    }
+}

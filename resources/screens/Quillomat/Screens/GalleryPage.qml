@@ -1,0 +1,51 @@
+// The gallery of one row: a column of frames on the bare ground.
+import QtQuick
+import Quillomat.Controls
+import Quillomat.Theme
+
+ScreenPage {
+    id: root
+
+    ListView {
+        id: column
+        readonly property real zoom: width / root.screen.pointsAcross
+
+        anchors.top: parent.top
+        anchors.bottom: parent.bottom
+        anchors.horizontalCenter: parent.horizontalCenter
+        width: Math.min(parent.width, Theme.columnWidth)
+        focus: true
+        clip: true
+        model: root.screen.names
+        reuseItems: true
+        cacheBuffer: 2 * height
+        spacing: root.screen.spacing * zoom
+        topMargin: root.screen.margin * zoom
+        bottomMargin: root.screen.margin * zoom
+        keyNavigationEnabled: true
+        highlightMoveDuration: Theme.fade
+        Accessible.role: Accessible.List
+        Accessible.name: root.screen.title
+        Keys.onReturnPressed: if (currentIndex >= 0) root.screen.tap(currentIndex)
+        Keys.onEnterPressed: if (currentIndex >= 0) root.screen.tap(currentIndex)
+
+        delegate: Pressable {
+            id: frame
+            required property int index
+            required property string modelData
+
+            width: column.width
+            height: root.screen.cellHeight * column.zoom
+            name: modelData
+            ringRadius: Theme.cardRadius
+            onTriggered: {
+                column.currentIndex = index;
+                root.screen.tap(index);
+            }
+            FadingPicture {
+                anchors.fill: parent
+                source: root.screen.pictures[frame.index]
+            }
+        }
+    }
+}

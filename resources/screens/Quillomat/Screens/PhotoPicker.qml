@@ -1,0 +1,84 @@
+// The pictures folder as a grid, newest first; for backgrounds followed by the editing step.
+import QtQuick
+import Quillomat.Controls
+import Quillomat.Theme
+
+Item {
+    id: root
+
+    required property QtObject presentation
+    property real shown: 0
+
+    PickerFrame {
+        id: picker
+        presentation: root.presentation
+        shown: root.shown
+        focus: !root.presentation.crop
+        visible: !root.presentation.crop || root.presentation.isLeaving
+        nameFilters: [qsTr("Pictures (*.png *.jpg *.jpeg *.webp *.heic *.heif *.avif)"), qsTr("All files (*)")]
+
+        GridView {
+            id: grid
+            readonly property int columns: Math.max(3, Math.floor((width - Theme.step) / Theme.thumbnailSide))
+
+            anchors.fill: parent
+            anchors.leftMargin: Theme.step
+            focus: true
+            model: picker.folder
+            cellWidth: Math.floor(width / columns)
+            cellHeight: cellWidth
+            reuseItems: true
+            cacheBuffer: height
+            keyNavigationEnabled: true
+            Accessible.role: Accessible.List
+            Accessible.name: picker.folder.folderName
+            Keys.onReturnPressed: currentItem?.trigger()
+            Keys.onEnterPressed: currentItem?.trigger()
+            Keys.onSpacePressed: currentItem?.trigger()
+
+            header: Pressable {
+                visible: picker.folder.canGoUp
+                name: qsTr("Folder above")
+                width: grid.width
+                height: visible ? Theme.target : 0
+                onTriggered: picker.folder.up()
+                Row {
+                    anchors.verticalCenter: parent.verticalCenter
+                    x: Theme.gap
+                    spacing: 2 * Theme.step
+                    Icon { name: "up"; size: 18; color: Theme.accent }
+                    Caption { text: qsTr("Folder above"); size: Theme.sizeSmall; color: Theme.accent; lineHeight: 1 }
+                }
+            }
+            delegate: PhotoCell {
+                width: grid.cellWidth
+                height: grid.cellHeight
+                current: GridView.isCurrentItem && grid.activeFocus
+                onTriggered: {
+                    grid.currentIndex = index;
+                    if (isFolder)
+                        picker.folder.open(filePath);
+                    else
+                        root.presentation.choose(filePath);
+                }
+            }
+        }
+        Caption {
+            visible: !picker.folder.loading && picker.folder.count === 0
+            anchors.centerIn: parent
+            width: parent.width - 4 * Theme.margin
+            horizontalAlignment: Text.AlignHCenter
+            wrapMode: Text.WordWrap
+            text: qsTr("No pictures here yet. Browse for a file, drop one on the window, or paste one.")
+            color: Theme.secondaryText
+        }
+    }
+    Loader {
+        anchors.fill: parent
+        active: root.presentation.crop !== null && root.presentation.crop !== undefined
+        opacity: root.presentation.isLeaving ? root.shown : 1
+        focus: active
+        sourceComponent: Component { CropStep { presentation: root.presentation } }
+        onLoaded: item.forceActiveFocus()
+    }
+}

@@ -1,0 +1,121 @@
+// What both pickers share: a page that rises from below, with Cancel, the folder's name and the way out to the
+// system's dialogue; drops and pastes count as picks.
+import QtQuick
+import QtQuick.Dialogs
+import Quillomat.Controls
+import Quillomat.Theme
+
+FocusScope {
+    id: root
+
+    required property QtObject presentation
+    property real shown: 0
+    property var nameFilters: []
+    readonly property QtObject folder: presentation.folder
+    default property alias content: body.data
+
+    anchors.fill: parent
+    Accessible.role: Accessible.Dialog
+    Accessible.name: root.folder.folderName
+    Keys.onEscapePressed: root.presentation.cancel()
+    Keys.onBackPressed: root.presentation.cancel()
+
+    Scrim { opacity: root.shown }
+    Rectangle {
+        id: page
+        width: Math.min(parent.width, parent.width > 700 ? 640 : parent.width)
+        height: parent.height > 900 && parent.width > 700 ? parent.height - 6 * Theme.margin : parent.height
+        x: Math.round((parent.width - width) / 2)
+        y: (parent.height - height) / 2 + (Theme.reducesMotion ? 0 : (1 - root.shown) * parent.height)
+        opacity: Theme.reducesMotion ? root.shown : 1
+        radius: width < parent.width ? Theme.cardRadius : 0
+        color: Theme.ground
+
+        Item {
+            id: header
+            width: parent.width
+            height: Theme.barHeight
+            BarButton {
+                id: cancel
+                name: qsTr("Cancel")
+                fontSize: 13
+                anchors.left: parent.left
+                anchors.leftMargin: Theme.gap
+                anchors.verticalCenter: parent.verticalCenter
+                onTriggered: root.presentation.cancel()
+            }
+            Caption {
+                anchors.centerIn: parent
+                width: Math.min(implicitWidth, parent.width - cancel.width - browse.width - 4 * Theme.gap)
+                text: root.folder.folderName
+                size: Theme.sizeTitle
+                strong: true
+            }
+            BarButton {
+                id: browse
+                name: qsTr("Browse files")
+                fontSize: 13
+                anchors.right: parent.right
+                anchors.rightMargin: Theme.gap
+                anchors.verticalCenter: parent.verticalCenter
+                onTriggered: {
+                    dialog.active = true;
+                    dialog.item.open();
+                }
+            }
+        }
+        Item {
+            id: body
+            anchors.top: header.bottom
+            anchors.left: parent.left
+            anchors.right: parent.right
+            anchors.bottom: parent.bottom
+            clip: true
+        }
+        Rectangle {
+            visible: root.presentation.trouble !== ""
+            width: Math.min(parent.width - 2 * Theme.margin, trouble.implicitWidth + 2 * Theme.margin)
+            height: Theme.target
+            radius: height / 2
+            anchors.horizontalCenter: parent.horizontalCenter
+            anchors.bottom: parent.bottom
+            anchors.bottomMargin: Theme.margin
+            color: Theme.raised
+            Accessible.role: Accessible.AlertMessage
+            Accessible.name: trouble.text
+            Lift { radius: parent.radius }
+            Caption {
+                id: trouble
+                anchors.centerIn: parent
+                width: Math.min(implicitWidth, parent.width - 2 * Theme.margin)
+                text: root.presentation.trouble
+                size: Theme.sizeSmall
+                lineHeight: 1
+            }
+        }
+    }
+    DropArea {
+        anchors.fill: parent
+        onDropped: drop => {
+            if (drop.hasUrls) {
+                drop.accept();
+                root.presentation.chooseUrl(drop.urls[0]);
+            }
+        }
+    }
+    Shortcut {
+        sequences: [StandardKey.Paste]
+        onActivated: root.presentation.paste()
+    }
+    Loader {
+        id: dialog
+        active: false
+        sourceComponent: Component {
+            FileDialog {
+                nameFilters: root.nameFilters
+                currentFolder: "file://" + encodeURI(root.folder.folder)
+                onAccepted: root.presentation.chooseUrl(selectedFile)
+            }
+        }
+    }
+}

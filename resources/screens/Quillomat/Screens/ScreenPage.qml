@@ -1,0 +1,53 @@
+// What all screens share: the bar, the ground, and the box that the core may lay over them.
+import QtQuick
+import QtQuick.Controls.Basic as Basic
+import Quillomat.Controls
+import Quillomat.Host
+import Quillomat.Theme
+
+FocusScope {
+    id: root
+
+    required property QtObject screen
+    property alias bar: bar
+    default property alias content: body.data
+
+    Basic.StackView.onRemoved: Shell.release(screen)
+
+    Rectangle {
+        anchors.fill: parent
+        color: Theme.ground
+    }
+    Item {
+        id: body
+        anchors.top: bar.bottom
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.bottom: parent.bottom
+    }
+    NavigationBar {
+        id: bar
+        width: parent.width
+        screen: root.screen
+        canGoBack: root.Basic.StackView.index > 0
+        onBackPressed: Shell.back()
+    }
+    Rectangle {
+        id: notice
+        visible: root.screen.notice !== ""
+        anchors.centerIn: parent
+        width: words.implicitWidth + 3 * Theme.margin
+        height: Theme.target
+        radius: height / 2
+        color: Theme.raised
+        Accessible.role: Accessible.ProgressBar
+        Accessible.name: root.screen.notice
+        Lift { radius: notice.radius }
+        Caption {
+            id: words
+            anchors.centerIn: parent
+            text: root.screen.notice
+            lineHeight: 1
+        }
+    }
+}
