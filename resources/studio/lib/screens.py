@@ -107,7 +107,7 @@ def budget(size):
         page.dot(x, y, 1.1, teal)
     page.text(x0 + 5, top + 22, "8,204.10", 6.4, ink, "SemiBold")
     rows = [("Garden centre", "38.20", (238, 155, 90)), ("Night train", "64.00", (78, 110, 190)), ("Farm shop", "21.75", (90, 160, 110)),
-            ("Choir, spring term", "45.00", (186, 96, 140)), ("Bicycle repair", "57.30", (120, 120, 190)), ("Bakery", "9.40", (214, 176, 84)),
+            ("Choir", "45.00", (186, 96, 140)), ("Bicycle repair", "57.30", (120, 120, 190)), ("Bakery", "9.40", (214, 176, 84)),
             ("Library", "0.00", (90, 150, 170)), ("Lemonade stand", "3.50", (230, 120, 110))]
     lx, ly = (x0 + width + 5, top + 18) if wide else (x0, top + 78)
     lw = page.w - lx - 8

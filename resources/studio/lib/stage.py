@@ -209,9 +209,9 @@ def main():
     bpy.context.scene.render.use_border = False
     settings = bpy.context.scene.cycles
     settings.adaptive_threshold, settings.adaptive_min_samples = 0.008, 16
-    settings.samples = 64
+    settings.samples = min(64, samples)
     # Shadows are soft: a small picture of them, seen through nothing, is enlarged under the device afterwards.
-    shrink = min(1.0, scene.get("shadow_side", 280) / max(stage.canvas))
+    shrink = min(1.0, scene.get("shadow_side", 250) / max(stage.canvas))
     shoot(tuple(max(1, int(round(side * shrink))) for side in stage.canvas), os.path.join(folder, name + ".shadow.exr"))
 
     if len(stage.devices) > 1 or scene.get("mask"):
