@@ -2,6 +2,7 @@
 #include "hosts/qt/WindowApplication.h"
 
 #include <QCommandLineParser>
+#include <QCoreApplication>
 #include <QGuiApplication>
 #include <QLibraryInfo>
 #include <QLocale>
@@ -60,6 +61,7 @@ void addOptions(QCommandLineParser& parser) {
     add({"screen-scale"}, "The main screen's scale for intermediate pictures.", "N");
     add({"memory"}, "The ceiling for one render.", "SIZE");
     add({"json"}, "Taken for the command's sake; the window has no results to print.");
+    add({"h", "help"}, "Print this.");
     add({"version"}, "Print the version.");
     add({"v", "verbose"}, "The application's log lines on standard error.");
     add({"appearance"}, "light, dark or auto (the default).", "LOOK");
@@ -105,33 +107,38 @@ std::optional<QString> readOptions(const QCommandLineParser& parser, WindowOptio
 } // namespace
 
 int main(int argc, char** argv) {
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral("Puts screenshots, in perspective, into device frames."));
+    addOptions(parser);
+    quillomat::WindowOptions options;
+    {
+        // Questions about the program are answered where there is no display, too.
+        QCoreApplication questions(argc, argv);
+        if (!parser.parse(QCoreApplication::arguments())) {
+            return complain(parser.errorText());
+        }
+        if (parser.isSet("version")) {
+            std::printf("quillomat-app %s\n", QUILLOMAT_VERSION);
+            return 0;
+        }
+        if (parser.isSet("help")) {
+            std::printf("%s", parser.helpText().toUtf8().constData());
+            return 0;
+        }
+        if (!parser.positionalArguments().isEmpty()) {
+            return complain(QStringLiteral("%1: not an option").arg(parser.positionalArguments().constFirst()));
+        }
+        if (const auto trouble = readOptions(parser, options)) {
+            return complain(*trouble);
+        }
+    }
+
     QGuiApplication application(argc, argv);
     QGuiApplication::setApplicationName(QStringLiteral("quillomat"));
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Quillomat"));
     QGuiApplication::setApplicationVersion(QStringLiteral(QUILLOMAT_VERSION));
     QGuiApplication::setDesktopFileName(QStringLiteral("org.quillomat.Quillomat"));
     QQuickStyle::setStyle(QStringLiteral("Basic"));
-
-    QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral("Puts screenshots, in perspective, into device frames."));
-    parser.addHelpOption();
-    addOptions(parser);
-    if (!parser.parse(QGuiApplication::arguments())) {
-        return complain(parser.errorText());
-    }
-    if (parser.isSet("version")) {
-        parser.showVersion();
-    }
-    if (parser.isSet("help")) {
-        parser.showHelp();
-    }
-    if (!parser.positionalArguments().isEmpty()) {
-        return complain(QStringLiteral("%1: not an option").arg(parser.positionalArguments().constFirst()));
-    }
-    quillomat::WindowOptions options;
-    if (const auto trouble = readOptions(parser, options)) {
-        return complain(*trouble);
-    }
 
     QTranslator translator;
     if (translator.load(QLocale(), QStringLiteral("quillomat"), QStringLiteral("_"),

@@ -6,6 +6,7 @@
 #include "hosts/qt/EditorScreen.h"
 
 #include <QCoreApplication>
+#include <QEvent>
 #include <QGuiApplication>
 #include <QQmlEngine>
 #include <QScreen>
@@ -23,11 +24,22 @@ Shell::Shell(Platform& platform, ShellSettings settings)
             root_ = screen;
         }
     };
+    QCoreApplication::instance()->installEventFilter(this);
 }
 
 Shell::~Shell() {
     delete presentation_;
     qDeleteAll(screens_);
+}
+
+bool Shell::eventFilter(QObject* watched, QEvent* event) {
+    const bool byKey = event->type() == QEvent::KeyPress;
+    const bool byHand = event->type() == QEvent::MouseButtonPress || event->type() == QEvent::TouchBegin;
+    if ((byKey || byHand) && usesKeyboard_ != byKey) {
+        usesKeyboard_ = byKey;
+        emit usesKeyboardChanged();
+    }
+    return QObject::eventFilter(watched, event);
 }
 
 void Shell::launch() {

@@ -29,6 +29,7 @@ class Shell final : public QObject {
     Q_PROPERTY(QObject* presentation READ presentation NOTIFY presentationChanged)
     Q_PROPERTY(bool isWaiting READ isWaiting NOTIFY isWaitingChanged)
     Q_PROPERTY(int depth READ depth NOTIFY depthChanged)
+    Q_PROPERTY(bool usesKeyboard READ usesKeyboard NOTIFY usesKeyboardChanged) // rather than mouse or finger
     Q_PROPERTY(QString appearance READ appearance CONSTANT)
     Q_PROPERTY(bool reducesMotion READ reducesMotion CONSTANT)
     Q_PROPERTY(qreal textScale READ textScale CONSTANT)
@@ -53,6 +54,7 @@ public:
     [[nodiscard]] QObject* presentation() const { return presentation_; }
     [[nodiscard]] bool isWaiting() const { return isWaiting_; }
     [[nodiscard]] int depth() const { return static_cast<int>(screens_.size()); }
+    [[nodiscard]] bool usesKeyboard() const { return usesKeyboard_; }
     [[nodiscard]] const QString& appearance() const { return settings_.appearance; }
     [[nodiscard]] bool reducesMotion() const { return settings_.reducesMotion; }
     [[nodiscard]] qreal textScale() const;
@@ -67,8 +69,12 @@ signals:
     void presentationChanged();
     void isWaitingChanged();
     void depthChanged();
+    void usesKeyboardChanged();
     void pushed(QObject* screen);
     void poppedTo(int depth);
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     void mirror();
@@ -86,6 +92,7 @@ private:
     std::vector<std::function<void()>> kept_;
     bool isPerforming_ = false;
     bool isWaiting_ = false;
+    bool usesKeyboard_ = false;
 };
 
 } // namespace quillomat

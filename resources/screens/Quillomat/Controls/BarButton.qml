@@ -8,7 +8,7 @@ Pressable {
     property real fontSize: 12
 
     visible: name !== ""
-    enabled: name !== ""
+    available: name !== ""
     implicitWidth: Math.max(Theme.target, caption.implicitWidth + 2 * Theme.gap)
 
     Rectangle {

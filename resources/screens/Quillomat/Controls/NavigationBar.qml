@@ -16,7 +16,7 @@ Item {
         id: back
         name: qsTr("Back")
         visible: root.canGoBack
-        enabled: visible
+        available: visible
         anchors.left: parent.left
         anchors.leftMargin: Theme.step
         anchors.verticalCenter: parent.verticalCenter
@@ -44,6 +44,7 @@ Item {
         text: root.screen ? root.screen.title : ""
         size: Theme.sizeTitle
         strong: true
+        lineHeight: 1
         horizontalAlignment: Text.AlignHCenter
         Accessible.ignored: false
         Accessible.role: Accessible.Heading

@@ -1,5 +1,6 @@
 // What all buttons are: a press by finger, mouse, key or screen reader, a name, a ring when focused.
 import QtQuick
+import Quillomat.Host
 import Quillomat.Theme
 
 Item {
@@ -7,6 +8,7 @@ Item {
 
     required property string name
     property string hint: ""
+    property bool available: true
     property bool sinks: true
     property alias ringRadius: ring.radius
     readonly property bool pressed: tap.pressed
@@ -20,6 +22,7 @@ Item {
             root.triggered();
     }
 
+    enabled: available
     implicitWidth: Theme.target
     implicitHeight: Theme.target
     activeFocusOnTab: enabled
@@ -47,13 +50,13 @@ Item {
     Item {
         id: surface
         anchors.fill: parent
-        opacity: root.enabled ? 1 : Theme.disabledOpacity
+        opacity: root.available ? 1 : Theme.disabledOpacity
         scale: root.sinks && root.pressed ? Theme.pressedScale : 1
         Behavior on scale { NumberAnimation { duration: Theme.fade; easing.type: Theme.easing } }
         Behavior on opacity { NumberAnimation { duration: Theme.fade } }
     }
     FocusRing {
         id: ring
-        visible: root.activeFocus && root.Window.active
+        visible: root.activeFocus && Shell.usesKeyboard
     }
 }

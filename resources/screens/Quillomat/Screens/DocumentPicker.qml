@@ -1,6 +1,7 @@
 // A folder's files as a list, for imports.
 import QtQuick
 import Quillomat.Controls
+import Quillomat.Host
 import Quillomat.Theme
 
 PickerFrame {
@@ -67,7 +68,7 @@ PickerFrame {
                     anchors.verticalCenter: parent.verticalCenter
                 }
             }
-            FocusRing { visible: row.ListView.isCurrentItem && list.activeFocus }
+            FocusRing { visible: row.ListView.isCurrentItem && list.activeFocus && Shell.usesKeyboard }
         }
     }
     Caption {

@@ -83,7 +83,7 @@ ScreenPage {
             label: qsTr("Left")
             icon: "left"
             focus: true
-            enabled: root.screen.leftEnabled
+            available: root.screen.leftEnabled
             onTriggered: root.screen.press(EditorScreen.left)
         }
         ToolButton {
@@ -91,14 +91,14 @@ ScreenPage {
             name: qsTr("Right screenshot")
             label: qsTr("Right")
             icon: "right"
-            enabled: root.screen.rightEnabled
+            available: root.screen.rightEnabled
             onTriggered: root.screen.press(EditorScreen.right)
         }
         ToolButton {
             width: tools.cell
             name: qsTr("Background")
             icon: "background"
-            enabled: root.screen.backgroundEnabled
+            available: root.screen.backgroundEnabled
             onTriggered: root.screen.press(EditorScreen.background)
         }
         ToolButton {
@@ -106,7 +106,7 @@ ScreenPage {
             name: qsTr("Glare")
             icon: "glare"
             on: root.screen.showsGlare
-            enabled: root.screen.glareEnabled
+            available: root.screen.glareEnabled
             onTriggered: root.screen.press(EditorScreen.glare)
         }
         ToolButton {
@@ -114,7 +114,7 @@ ScreenPage {
             name: qsTr("Save")
             icon: "save"
             prominent: true
-            enabled: root.screen.saveEnabled
+            available: root.screen.saveEnabled
             onTriggered: root.screen.press(EditorScreen.save)
         }
     }

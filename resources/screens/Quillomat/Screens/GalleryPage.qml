@@ -18,7 +18,7 @@ ScreenPage {
         clip: true
         model: root.screen.names
         reuseItems: true
-        cacheBuffer: 2 * height
+        cacheBuffer: Math.max(0, 2 * height)
         spacing: root.screen.spacing * zoom
         topMargin: root.screen.margin * zoom
         bottomMargin: root.screen.margin * zoom

@@ -1,6 +1,7 @@
 // One picture or folder of the grid.
 import QtQuick
 import Quillomat.Controls
+import Quillomat.Host
 import Quillomat.Theme
 
 Pressable {
@@ -47,5 +48,5 @@ Pressable {
             }
         }
     }
-    FocusRing { visible: root.current }
+    FocusRing { visible: root.current && Shell.usesKeyboard }
 }

@@ -28,7 +28,7 @@ Item {
             cellWidth: Math.floor(width / columns)
             cellHeight: cellWidth
             reuseItems: true
-            cacheBuffer: height
+            cacheBuffer: Math.max(0, height)
             keyNavigationEnabled: true
             Accessible.role: Accessible.List
             Accessible.name: picker.folder.folderName

@@ -50,6 +50,7 @@ FocusScope {
                 text: root.folder.folderName
                 size: Theme.sizeTitle
                 strong: true
+                lineHeight: 1
             }
             BarButton {
                 id: browse
