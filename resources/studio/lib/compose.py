@@ -6,7 +6,7 @@ import cv2
 import numpy as np
 from PIL import Image
 
-from optics import TALL, Screen, bounding_box
+from optics import Screen, bounding_box
 
 MARKER = 10
 
@@ -31,7 +31,7 @@ def screens_of(record):
         corners = quad(record, suffix)
         size = bounding_box(corners)[2:]
         radius = 0 if record.get("noCorner") else number(record, "cornerRadius")
-        result.append(Screen(corners, size, radius * 2 if size[1] >= TALL else radius))
+        result.append(Screen(corners, size, radius))
     return result
 
 

@@ -132,7 +132,7 @@ class Screen:
         # device: nearly the largest that cuts no more than the hole's own corner does. Nearly, so that
         # the screenshot is whole where the hole's corner begins to leave the edge.
         fitting = min(radius * self.box[2] / size[0], radius * self.box[3] / size[1])
-        self.corner_radius = int(0.92 * fitting / (2 if tall else 1))  # the half-size screen is rounded, then doubled
+        self.corner_radius = int(0.92 * fitting)
 
     def scaled(self, factor):
         other = Screen(self.quad * factor, self.size, self.radius)
