@@ -23,6 +23,8 @@ public:
     [[nodiscard]] virtual bool isKnownOpaque() const = 0;
     /// The pixels, decoded or rasterised at the first call and kept while somebody holds them; null when that failed.
     [[nodiscard]] virtual SharedBitmap bitmap() const = 0;
+    /// The pixels, or a reduction that still has `minimum` on both sides, where that is cheaper to decode.
+    [[nodiscard]] virtual SharedBitmap bitmapOfAtLeast(PixelSize /*minimum*/) const { return bitmap(); }
     /// Why `bitmap()` gave null; empty when it has not failed so far.
     [[nodiscard]] virtual std::string failure() const { return {}; }
     /// The encoded document behind it (a PNG, a JPEG ...), for sources that are one; empty for the others.

@@ -1,5 +1,6 @@
 #include "platform/graphics/Rasterizer.h"
 
+#include "platform/graphics/DrawnPictures.h"
 #include "platform/graphics/raster/Layer.h"
 
 #include <algorithm>
@@ -24,7 +25,7 @@ struct Rasterizer::Plan {
 
 Rasterizer::Rasterizer(const Recording& recording) : plan_(std::make_unique<Plan>()) {
     plan_->size = recording.size();
-    const Recording plain = flattened(recording);
+    const Recording plain = withDecodedPictures(flattened(recording));
     for (const LayerDraw& draw : plain.draws()) {
         if (auto layer = raster::Layer::make(draw, plan_->size, raster::bestKernels())) {
             plan_->layers.push_back(std::move(*layer));

@@ -60,6 +60,17 @@ public:
         return bitmap_;
     }
 
+    [[nodiscard]] SharedBitmap bitmapOfAtLeast(PixelSize minimum) const override {
+        const std::lock_guard lock(mutex_);
+        if (!isDecoded_) {
+            if (reduced_ && reduced_->width() >= minimum.width && reduced_->height() >= minimum.height) {
+                return reduced_;
+            }
+            decodeReduced(minimum);
+        }
+        return isDecoded_ ? bitmap_ : reduced_;
+    }
+
     [[nodiscard]] std::string failure() const override {
         const std::lock_guard lock(mutex_);
         return failure_;
@@ -78,6 +89,21 @@ private:
         } else {
             bitmap_ = std::make_shared<const Bitmap>(std::move(decoded).value());
         }
+        reduced_.reset();
+    }
+
+    /// Formats that cannot reduce while decoding give the whole picture, which is then kept as such.
+    void decodeReduced(PixelSize minimum) const {
+        Result<Bitmap> decoded = decode(bytes_, {std::max(minimum.width, 1), std::max(minimum.height, 1)}, limits_);
+        isDecoded_ = !decoded || decoded->size() == header_.size;
+        if (!decoded) {
+            failure_ = decoded.reason();
+            return;
+        }
+        (isDecoded_ ? bitmap_ : reduced_) = std::make_shared<const Bitmap>(std::move(decoded).value());
+        if (isDecoded_) {
+            reduced_.reset();
+        }
     }
 
     ImageHeader header_;
@@ -86,6 +112,7 @@ private:
     mutable std::mutex mutex_;
     mutable bool isDecoded_ = false;
     mutable SharedBitmap bitmap_;
+    mutable SharedBitmap reduced_; // until the whole picture is asked for
     mutable std::string failure_;
 };
 

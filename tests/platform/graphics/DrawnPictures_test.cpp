@@ -1,0 +1,117 @@
+#include "platform/graphics/DrawnPictures.h"
+
+#include "codecs/TestPictures.h"
+#include "platform/graphics/PngWriter.h"
+#include "platform/graphics/Rasterizer.h"
+
+#include <cmath>
+
+namespace quillomat::testing {
+namespace {
+
+Image picture(const Bytes& document) {
+    Result<Image> image = imageFromBytes(document);
+    EXPECT_TRUE(image) << image.reason();
+    return image ? std::move(image).value() : Image();
+}
+
+Bytes photograph() {
+    return readWhole(std::filesystem::path(QUILLOMAT_SOURCE_DIR) / "resources/samples/background.jpg");
+}
+
+LayerDraw drawOver(const Image& image, const Rect& rect) {
+    LayerDraw draw;
+    draw.shape.rect = rect;
+    draw.picture = image;
+    draw.pictureRect = rect;
+    return draw;
+}
+
+PixelSize decodedSize(const LayerDraw& draw) {
+    Recording recording(PixelSize{100, 100});
+    recording.add(draw);
+    return withDecodedPictures(recording).draws()[0].picture.bitmap()->size();
+}
+
+TEST(DrawnPictures, photographDrawnSmallIsDecodedAtTwiceWhatIsDrawn) {
+    const Image image = picture(photograph());
+    const PixelSize whole = image.pixelSize();
+    const PixelSize decoded = decodedSize(drawOver(image, {{0, 0}, {whole.width / 16.0, whole.height / 16.0}}));
+    EXPECT_EQ(decoded.width, (whole.width + 7) / 8);
+    EXPECT_EQ(decoded.height, (whole.height + 7) / 8);
+}
+
+TEST(DrawnPictures, photographDrawnLargeIsDecodedWhole) {
+    const Image image = picture(photograph());
+    const PixelSize whole = image.pixelSize();
+    EXPECT_EQ(decodedSize(drawOver(image, {{0, 0}, {whole.width * 0.6, whole.height * 0.1}})), whole);
+}
+
+TEST(DrawnPictures, scaleOfTheMapCounts) {
+    const Image image = picture(photograph());
+    const PixelSize whole = image.pixelSize();
+    LayerDraw draw = drawOver(image, {{0, 0}, {whole.width * 1.0, whole.height * 1.0}});
+    draw.map = Homography::fromAffine({0, 1 / 16.0, -1 / 16.0, 0, 50, 50}); // a quarter turn
+    EXPECT_EQ(decodedSize(draw).width, (whole.width + 7) / 8);
+}
+
+TEST(DrawnPictures, pictureInPerspectiveIsDecodedWhole) {
+    const Image image = picture(photograph());
+    LayerDraw draw = drawOver(image, {{0, 0}, {20, 20}});
+    draw.map.m[2] = 0.001;
+    EXPECT_EQ(decodedSize(draw), image.pixelSize());
+}
+
+TEST(DrawnPictures, largestOfSeveralDrawsDecides) {
+    const Image image = picture(photograph());
+    const PixelSize whole = image.pixelSize();
+    Recording recording(PixelSize{100, 100});
+    recording.add(drawOver(image, {{0, 0}, {whole.width / 16.0, whole.height / 16.0}}));
+    recording.add(drawOver(image, {{0, 0}, {whole.width / 4.0, whole.height / 4.0}}));
+    const Recording decoded = withDecodedPictures(recording);
+    EXPECT_EQ(decoded.draws()[0].picture.bitmap(), decoded.draws()[1].picture.bitmap());
+    EXPECT_EQ(decoded.draws()[0].picture.bitmap()->width(), (whole.width + 1) / 2);
+}
+
+TEST(DrawnPictures, wholePictureIsStillThereAfterAReduction) {
+    const Image image = picture(photograph());
+    const SharedBitmap reduced = image.source()->bitmapOfAtLeast({10, 10});
+    ASSERT_TRUE(reduced);
+    EXPECT_LT(reduced->width(), image.pixelSize().width);
+    EXPECT_EQ(image.source()->bitmapOfAtLeast({5, 5}), reduced) << "decoded once";
+    EXPECT_EQ(image.bitmap()->size(), image.pixelSize());
+    EXPECT_EQ(image.source()->bitmapOfAtLeast({5, 5}), image.bitmap());
+}
+
+TEST(DrawnPictures, reductionLeavesNoTraceInTheResult) {
+    const PixelSize whole = picture(photograph()).pixelSize();
+    const PixelSize canvas{whole.width / 5, whole.height / 5};
+    const auto drawn = [&](const Image& image) {
+        Recording recording(canvas);
+        recording.add(drawOver(image, {{0, 0}, {canvas.width * 1.0, canvas.height * 1.0}}));
+        return rasterize(recording);
+    };
+    const Bitmap fromReduced = drawn(picture(photograph()));
+    const Bitmap fromWhole = drawn(Image::fromBitmap(*decodeImage(photograph())));
+    double squares = 0;
+    for (std::size_t i = 0; i < fromWhole.bytes().size(); ++i) {
+        const double difference = 1.0 * fromWhole.bytes()[i] - fromReduced.bytes()[i];
+        squares += difference * difference;
+    }
+    const double psnr = 10 * std::log10(255 * 255 * static_cast<double>(fromWhole.bytes().size()) / squares);
+    EXPECT_GT(psnr, 46);
+}
+
+TEST(DrawnPictures, pictureThatCannotBeDecodedIsNotDrawnAndSaysWhy) {
+    Bytes broken = photograph();
+    broken.resize(broken.size() / 2);
+    const Image image = picture(broken);
+    Recording recording(PixelSize{10, 10});
+    recording.add(drawOver(image, {{0, 0}, {10, 10}}));
+    const Bitmap drawn = rasterize(recording);
+    EXPECT_EQ(pixelAt(drawn, 5, 5), (Rgba{0, 0, 0, 0}));
+    EXPECT_EQ(image.source()->failure(), "truncated JPEG");
+}
+
+} // namespace
+} // namespace quillomat::testing
