@@ -1,12 +1,12 @@
 // Turns the warped first screen into a flat picture of its bounding box, and views into pictures.
 #include "editor/EditingViewController.h"
 
+#include "editor/HalvingDifferences.h"
 #include "platform/views/Drawing.h"
 #include "platform/views/Platform.h"
 
 #include <cmath>
 #include <cstdio>
-#include <limits>
 
 namespace quillomat {
 
@@ -18,16 +18,6 @@ std::string fixedPoint(double number) {
     char text[400]; // the largest double has 309 digits before the point
     const int length = std::snprintf(text, sizeof text, "%f", number);
     return {text, static_cast<std::size_t>(length)};
-}
-
-// The largest of two by sign, not by magnitude: two negative numbers are never nearly equal unless they are equal.
-bool nearlyEqual(float a, float b) {
-    const float larger = a > b ? a : b;
-    return a == b || std::fabs(a - b) < std::numeric_limits<float>::epsilon() * larger;
-}
-
-std::string valueLine(const char* name, std::int32_t value) {
-    return std::string(name) + " " + std::to_string(value);
 }
 
 } // namespace
@@ -92,32 +82,12 @@ void EditingViewController::resetTransformedImageViewOverAmount() {
     contentView_ = flat;
 }
 
-/// How far halving the box missed half of it. Only ever logged.
 void EditingViewController::logHalvingDifferences(const Rect& former, const Rect& now) const {
-    const auto x = static_cast<float>(former.origin.x);
-    const auto y = static_cast<float>(former.origin.y);
-    const auto width = static_cast<float>(former.size.width);
-    const auto height = static_cast<float>(former.size.height);
-    const auto nowY = static_cast<float>(now.origin.y);
-    const auto nowWidth = static_cast<float>(now.size.width);
-
-    const std::int32_t moveX = truncatedInteger(static_cast<double>(x) - now.origin.x);
-    std::int32_t moveFrameX = nearlyEqual(x * 0.5F, static_cast<float>(now.origin.x)) ? 0 : moveX;
-    if (x * 0.5F != static_cast<float>(std::trunc(now.origin.x)))
-        moveFrameX = moveX;
-
-    const std::int32_t moveY = truncatedInteger(static_cast<double>(y - nowY));
-    std::int32_t moveFrameY = nearlyEqual(y * 0.5F, nowY) ? 0 : moveY;
-    if (y * 0.5F != static_cast<float>(std::trunc(now.origin.y)))
-        moveFrameY = moveY;
-
-    // Both tests look at the widths, the height's too.
-    const bool halved = nearlyEqual(width * 0.5F, nowWidth);
-    log(valueLine("WIDTH", halved ? 0 : truncatedInteger(static_cast<double>(width - nowWidth))));
-    log(valueLine("Height",
-                  halved ? 0 : truncatedInteger(static_cast<double>(height - static_cast<float>(now.size.height)))));
-    log(valueLine("MoveFrameY", moveFrameY));
-    log(valueLine("MoveFrameX", moveFrameX));
+    const HalvingDifferences differences = halvingDifferences(former, now);
+    log("WIDTH " + std::to_string(differences.width));
+    log("Height " + std::to_string(differences.height));
+    log("MoveFrameY " + std::to_string(differences.moveFrameY));
+    log("MoveFrameX " + std::to_string(differences.moveFrameX));
 }
 
 void EditingViewController::drawerNewScreenImage(std::int32_t x, std::int32_t y, std::int32_t width,

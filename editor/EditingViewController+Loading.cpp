@@ -4,7 +4,22 @@
 #include "catalogue/CatalogueDocument.h"
 #include "platform/views/Platform.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace quillomat {
+
+namespace {
+
+bool haveSameBytes(const Image& a, const Image& b) {
+    if (!a || !b)
+        return false;
+    const auto left = a.source()->encodedBytes();
+    const auto right = b.source()->encodedBytes();
+    return !left.empty() && std::equal(left.begin(), left.end(), right.begin(), right.end());
+}
+
+} // namespace
 
 EditingViewController::EditingViewController(Platform& platform, Storyboard& storyboard, EditorState& state)
     : ViewController(platform, storyboard), state_(state), catalogue_(platform) {}
@@ -84,13 +99,19 @@ void EditingViewController::requestPhotoAuthorization() {
     });
 }
 
-/// Resources do not change while the application runs, so the frame on screen and the frame in the composition are one
-/// picture, decoded once.
+/// The frame on screen and the frame in the composition are one picture, decoded once: resources do not change while
+/// the application runs; a document is read afresh each time, and only counts as new when its bytes are.
 Image EditingViewController::pictureNamed(const std::string& name) {
-    auto known = resourcePictures_.find(name);
-    if (known == resourcePictures_.end())
-        known = resourcePictures_.emplace(name, catalogue_.imageNamed(name)).first;
-    return known->second ? known->second : catalogue_.imageFromDocument(name);
+    auto resource = resourcePictures_.find(name);
+    if (resource == resourcePictures_.end())
+        resource = resourcePictures_.emplace(name, catalogue_.imageNamed(name)).first;
+    if (resource->second)
+        return resource->second;
+    Image& known = documentPictures_[name];
+    Image fresh = catalogue_.imageFromDocument(name);
+    if (!haveSameBytes(known, fresh))
+        known = std::move(fresh);
+    return known;
 }
 
 void EditingViewController::log(const std::string& line) const {

@@ -231,6 +231,7 @@ private:
 
     ContextStack contexts_;
     std::map<std::string, Image> resourcePictures_;
+    std::map<std::string, Image> documentPictures_;
     CompositionReport report_;
 };
 

@@ -158,6 +158,19 @@ TEST(EditorComposition, secondScreenGoesThroughTheFirstSlotAndStaysInTheSecondFr
     EXPECT_NE(editor->contentView(), editor->inside1()) << "flattened";
 }
 
+TEST(EditorComposition, whatThePreviewPutIntoTheSecondSlotIsWhatIsDrawnAsTheSecondScreen) {
+    EditorSession session;
+    session.mockup(doubleMockup());
+    const auto editor = session.open();
+    const auto other = std::make_shared<ImageView>(pictureOf(4, 4, magenta));
+    other->setAnchorPoint({0, 0});
+    editor->setContentView2(other);
+    editor->inside2()->setImage(pictureOf(4, 4, yellow));
+    editor->generateImage();
+    EXPECT_EQ(editor->contentView2(), other) << "a full-resolution placement never writes the second slot";
+    EXPECT_EQ(pixelOf(session.state.pendingImage, 50, 60), magenta);
+}
+
 TEST(EditorComposition, secondScreenIsDrawnStraightWithoutAFlatteningOfItsOwn) {
     EditorSession session;
     session.mockup(doubleMockup());
@@ -261,6 +274,27 @@ TEST(EditorComposition, missingFrameIsNotDrawnAndTheRestIs) {
     EXPECT_EQ(pixelOf(session.state.pendingImage, 30, 40), red);
     EXPECT_FALSE(session.alert()) << "and nobody is told on the screen";
     EXPECT_NE(editor->compositionProblem().find("frame.png"), std::string::npos);
+}
+
+TEST(EditorComposition, frameFromTheResourcesIsReadOnceAndOneFromTheDocumentsIsReadAfresh) {
+    EditorSession session;
+    session.mockup(plainMockup());
+    const auto editor = session.open();
+    std::filesystem::remove(session.world.resourcesDirectory() + "/images/frame.png");
+    editor->generateImage();
+    EXPECT_EQ(pixelOf(session.state.pendingImage, 1, 1), green) << "the picture that the preview shows";
+
+    session.catalogue({{"own.png", plainMockup()}});
+    session.world.putDocument("own.png", tinyPng(60, 80, blue));
+    const auto second = session.open("own.png");
+    second->generateImage();
+    EXPECT_EQ(pixelOf(session.state.pendingImage, 1, 1), blue);
+    session.world.putDocument("own.png", tinyPng(60, 80, yellow));
+    second->generateImage();
+    EXPECT_EQ(pixelOf(session.state.pendingImage, 1, 1), yellow);
+    std::filesystem::remove(session.world.document("own.png"));
+    second->generateImage();
+    EXPECT_EQ(pixelOf(session.state.pendingImage, 1, 1), clear);
 }
 
 TEST(EditorComposition, generatedPictureWaitsAndStandsWhereTheFrameWas) {

@@ -61,6 +61,19 @@ TEST(EditorFlattening, halfSizeWayIsBlackWhereTheWarpedScreenDoesNotCoverItsBox)
     }
 }
 
+TEST(EditorFlattening, halfSizeWayKeepsTheRadiusOfAnUprightScreen) {
+    EditorSession session;
+    Value record = withSize(withSize(Value::object({}), "finalFrame", 220, 3000), "frame", 60, 80);
+    session.mockup(withCorners(std::move(record), "F", "", quadOf(10, 10, 200, 2900)));
+    const auto editor = session.open();
+    editor->inside1()->setImage(pictureOf(4, 4, red));
+    editor->generateImage();
+    ASSERT_TRUE(session.world.log.contains("RESET OVER A BUNCH"));
+    // An arc of radius 30 passes 8.8 pixels from the corner on the diagonal, one of radius 60 would pass 17.6.
+    EXPECT_EQ(pixelOf(session.state.pendingImage, 14, 14), black);
+    EXPECT_EQ(pixelOf(session.state.pendingImage, 24, 24), red);
+}
+
 TEST(EditorFlattening, flatteningWritesItsLinesInOrder) {
     EditorSession session;
     session.mockup(plainMockup());
@@ -89,7 +102,7 @@ TEST(EditorFlattening, halvingWritesItsLinesInOrder) {
                                         "moveableview {{0, 0}, {10, 1365.5}}", "SIZE {10, 1365.5}"}));
 }
 
-TEST(EditorFlattening, nearlyEqualTakesTheSignedMaximumSoNegativeOriginsAlwaysDiffer) {
+TEST(EditorFlattening, negativeOriginsAreLoggedTruncatedTowardsZero) {
     EditorSession session;
     session.mockup(withCorners(tallMockup(2800), "F", "", quadOf(-6, -8, 20, 2800)));
     session.open()->generateImage();
