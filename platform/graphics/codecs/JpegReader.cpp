@@ -20,18 +20,21 @@
 namespace quillomat::codecs {
 namespace {
 
-// No encoder writes more scans than this; each of them costs a pass over the whole picture.
+// No encoder writes more scans than this; each of them costs a pass over the whole picture, however few bytes it has.
 constexpr int mostScans = 100;
+constexpr int mostScansOfTheLargest = 20;
+constexpr std::uint64_t mostScannedPixels = std::uint64_t{4} * 1000 * 1000 * 1000;
 
 struct Errors {
     jpeg_error_mgr base{};
     std::jmp_buf jump{};
-    int warning = 0; // the first one that means damage
+    int warning = 0; // one that means damage
     std::array<char, JMSG_LENGTH_MAX> message{};
 };
 
 struct Progress {
     jpeg_progress_mgr base{};
+    int mostScans = quillomat::codecs::mostScans;
     bool hasTooManyScans = false;
 };
 
@@ -44,8 +47,8 @@ Errors& errorsOf(j_common_ptr info) {
     std::longjmp(errorsOf(info).jump, 1);
 }
 
-/// Warnings are where the library reports a file that ends early: it invents the rest. Bytes too many between markers
-/// are harmless, as are odd version numbers.
+/// Warnings are where the library reports a file that ends early: it would invent the rest. Bytes too many between
+/// markers are harmless, as are odd version numbers.
 void keepWarning(j_common_ptr info, int level) {
     if (level >= 0) {
         return;
@@ -58,10 +61,8 @@ void keepWarning(j_common_ptr info, int level) {
     case JWRN_MUST_RESYNC:
     case JWRN_BOGUS_PROGRESSION:
     case JWRN_NOT_SEQUENTIAL:
-        if (errorsOf(info).warning == 0) {
-            errorsOf(info).warning = info->err->msg_code;
-        }
-        break;
+        errorsOf(info).warning = info->err->msg_code;
+        std::longjmp(errorsOf(info).jump, 1);
     default:
         break;
     }
@@ -69,8 +70,9 @@ void keepWarning(j_common_ptr info, int level) {
 
 void countScans(j_common_ptr info) {
     const auto* decompress = reinterpret_cast<j_decompress_ptr>(info);
-    if (decompress->input_scan_number > mostScans) {
-        reinterpret_cast<Progress*>(info->progress)->hasTooManyScans = true;
+    auto* progress = reinterpret_cast<Progress*>(info->progress);
+    if (decompress->input_scan_number > progress->mostScans) {
+        progress->hasTooManyScans = true;
         ERREXIT(info, JERR_BAD_PROGRESSION);
     }
 }
@@ -170,17 +172,17 @@ ColorConversion conversionOf(Reader& reader) {
 
 Failure failureOf(const Reader& reader) {
     if (reader.progress.hasTooManyScans) {
-        return {"JPEG of more than " + std::to_string(mostScans) + " scans"};
+        return {"JPEG of more than " + std::to_string(reader.progress.mostScans) + " scans"};
+    }
+    if (reader.errors.warning != 0) {
+        const bool endsEarly = reader.errors.warning == JWRN_JPEG_EOF || reader.errors.warning == JWRN_HIT_MARKER;
+        return {endsEarly ? "truncated JPEG" : "damaged JPEG"};
     }
     std::string message = reader.errors.message.data();
     std::transform(message.begin(), message.end(), message.begin(), [](char c) {
         return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : (c < ' ' || c > '~' ? '?' : c);
     });
     return {"damaged JPEG (" + message + ")"};
-}
-
-Failure failureOfWarning(int warning) {
-    return {warning == JWRN_JPEG_EOF || warning == JWRN_HIT_MARKER ? "truncated JPEG" : "damaged JPEG"};
 }
 
 /// A picture of several scans is kept whole as coefficients of two bytes; that must not cost more than its pixels may.
@@ -203,14 +205,14 @@ Status checkCoefficients(const Reader& reader, const ImageLimits& limits) {
 
 Status open(Reader& reader, ByteSpan bytes, const ImageLimits& limits) {
     if (!openHeader(&reader, asUnsignedChars(bytes), bytes.size())) {
-        return reader.errors.warning == JWRN_JPEG_EOF ? Failure{"truncated JPEG"} : failureOf(reader);
-    }
-    if (reader.errors.warning != 0) {
-        return failureOfWarning(reader.errors.warning);
+        return failureOf(reader);
     }
     if (const Status size = checkSize(reader.info.image_width, reader.info.image_height, limits); !size) {
         return size;
     }
+    const std::uint64_t pixels = std::uint64_t{reader.info.image_width} * reader.info.image_height;
+    reader.progress.mostScans =
+        static_cast<int>(std::clamp<std::uint64_t>(mostScannedPixels / pixels, mostScansOfTheLargest, mostScans));
     return checkCoefficients(reader, limits);
 }
 
@@ -269,9 +271,6 @@ Result<Bitmap> decode(ByteSpan bytes, PixelSize minimum, const ImageLimits& limi
     Bitmap bitmap(PixelSize{static_cast<int>(reader.info.output_width), static_cast<int>(reader.info.output_height)});
     if (!readRows(&reader, bitmap.bytes().data(), bitmap.stride())) {
         return failureOf(reader);
-    }
-    if (reader.errors.warning != 0) {
-        return failureOfWarning(reader.errors.warning);
     }
     convertColors(reader, bitmap);
     return turnUpright(std::move(bitmap), orientation);
