@@ -111,26 +111,28 @@ int main(int argc, char** argv) {
     parser.setApplicationDescription(QStringLiteral("Puts screenshots, in perspective, into device frames."));
     addOptions(parser);
     quillomat::WindowOptions options;
-    {
-        // Questions about the program are answered where there is no display, too.
-        QCoreApplication questions(argc, argv);
-        if (!parser.parse(QCoreApplication::arguments())) {
-            return complain(parser.errorText());
-        }
-        if (parser.isSet("version")) {
-            std::printf("quillomat-app %s\n", QUILLOMAT_VERSION);
-            return 0;
-        }
-        if (parser.isSet("help")) {
-            std::printf("%s", parser.helpText().toUtf8().constData());
-            return 0;
-        }
-        if (!parser.positionalArguments().isEmpty()) {
-            return complain(QStringLiteral("%1: not an option").arg(parser.positionalArguments().constFirst()));
-        }
-        if (const auto trouble = readOptions(parser, options)) {
-            return complain(*trouble);
-        }
+    // Questions about the program are answered where there is no display, too.
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i) {
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    }
+    if (!parser.parse(arguments)) {
+        return complain(parser.errorText());
+    }
+    if (parser.isSet("version")) {
+        std::printf("quillomat-app %s\n", QUILLOMAT_VERSION);
+        return 0;
+    }
+    if (parser.isSet("help")) {
+        const QCoreApplication namedInTheText(argc, argv);
+        std::printf("%s", parser.helpText().toUtf8().constData());
+        return 0;
+    }
+    if (!parser.positionalArguments().isEmpty()) {
+        return complain(QStringLiteral("%1: not an option").arg(parser.positionalArguments().constFirst()));
+    }
+    if (const auto trouble = readOptions(parser, options)) {
+        return complain(*trouble);
     }
 
     QGuiApplication application(argc, argv);

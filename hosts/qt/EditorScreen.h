@@ -23,7 +23,7 @@ class EditorScreen final : public ScreenModel {
     Q_PROPERTY(int captionCount READ captionCount NOTIFY captionCountChanged)
 
 public:
-    enum Tool { left, right, background, glare, save };
+    enum Tool { Left, Right, Background, Glare, Save };
     Q_ENUM(Tool)
 
     EditorScreen(Shell& shell, const std::shared_ptr<EditingViewController>& editor);

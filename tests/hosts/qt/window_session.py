@@ -25,6 +25,20 @@ def missing():
     return absent
 
 
+def start_display(screen):
+    for _ in range(5):  # two servers that start at once may fight for one number
+        server = subprocess.Popen(["Xvfb", "-displayfd", "1", "-screen", "0", screen, "-nolisten", "tcp"],
+                                  stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+        display = server.stdout.readline().decode().strip()
+        environment = dict(os.environ, DISPLAY=":" + display, **{PRIVATE: "1"})
+        asked = subprocess.run(["xdotool", "getdisplaygeometry"], env=environment, capture_output=True)
+        if asked.returncode == 0 and server.poll() is None:
+            return server, environment
+        server.terminate()
+        server.wait()
+    raise SystemExit("no display can be started")
+
+
 def rerun_privately(screen="1400x1000x24"):
     """Starts this very script again on a display and a bus of its own; returns only inside of those."""
     if os.environ.get(PRIVATE):
@@ -33,10 +47,7 @@ def rerun_privately(screen="1400x1000x24"):
     if absent:
         print("skipped: not installed:", ", ".join(absent))
         sys.exit(77)
-    server = subprocess.Popen(["Xvfb", "-displayfd", "1", "-screen", "0", screen, "-nolisten", "tcp"],
-                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
-    display = server.stdout.readline().decode().strip()
-    environment = dict(os.environ, DISPLAY=":" + display, **{PRIVATE: "1"})
+    server, environment = start_display(screen)
     for name in ("WAYLAND_DISPLAY", "DBUS_SESSION_BUS_ADDRESS", "AT_SPI_BUS_ADDRESS", "QT_QPA_PLATFORM"):
         environment.pop(name, None)
     try:
@@ -103,7 +114,6 @@ class Session:
 
     def nodes(self):
         """Everything that shows, with what stands in front of it last."""
-        self.application.clearCache()
         waiting = [self.application]
         while waiting:
             node = waiting.pop(0)

@@ -84,7 +84,7 @@ ScreenPage {
             icon: "left"
             focus: true
             available: root.screen.leftEnabled
-            onTriggered: root.screen.press(EditorScreen.left)
+            onTriggered: root.screen.press(EditorScreen.Left)
         }
         ToolButton {
             width: tools.cell
@@ -92,14 +92,14 @@ ScreenPage {
             label: qsTr("Right")
             icon: "right"
             available: root.screen.rightEnabled
-            onTriggered: root.screen.press(EditorScreen.right)
+            onTriggered: root.screen.press(EditorScreen.Right)
         }
         ToolButton {
             width: tools.cell
             name: qsTr("Background")
             icon: "background"
             available: root.screen.backgroundEnabled
-            onTriggered: root.screen.press(EditorScreen.background)
+            onTriggered: root.screen.press(EditorScreen.Background)
         }
         ToolButton {
             width: tools.cell
@@ -107,7 +107,7 @@ ScreenPage {
             icon: "glare"
             on: root.screen.showsGlare
             available: root.screen.glareEnabled
-            onTriggered: root.screen.press(EditorScreen.glare)
+            onTriggered: root.screen.press(EditorScreen.Glare)
         }
         ToolButton {
             width: tools.cell
@@ -115,7 +115,7 @@ ScreenPage {
             icon: "save"
             prominent: true
             available: root.screen.saveEnabled
-            onTriggered: root.screen.press(EditorScreen.save)
+            onTriggered: root.screen.press(EditorScreen.Save)
         }
     }
 }
