@@ -244,8 +244,7 @@ Result<ImageHeader> readHeader(ByteSpan bytes, const ImageLimits& limits) {
                        /*isKnownOpaque=*/true};
 }
 
-void convertColors(Reader& reader, Bitmap& bitmap) {
-    const ColorConversion conversion = conversionOf(reader);
+void convertColors(const Reader& reader, const ColorConversion& conversion, Bitmap& bitmap) {
     const std::size_t pixels = bitmap.size().area();
     if (hasInks(reader) && conversion.isIdentity()) {
         convertInksWithoutProfile(bitmap.bytes().data(), pixels, modelOf(reader) == ColorModel::invertedCmyk);
@@ -259,7 +258,9 @@ Result<Bitmap> decode(ByteSpan bytes, PixelSize minimum, const ImageLimits& limi
     if (const Status opened = open(reader, bytes, limits); !opened) {
         return Failure{opened.reason()};
     }
+    // Asked for now: the library lets go of the markers when the last row has been read.
     const Orientation orientation = orientationOf(reader);
+    const ColorConversion conversion = conversionOf(reader);
     reader.info.out_color_space = hasInks(reader) ? JCS_CMYK : JCS_EXT_RGBA;
     if (!minimum.isEmpty()) {
         reader.info.scale_num = eighthsFor(storedSize(reader), uprightSize(minimum, orientation));
@@ -272,7 +273,7 @@ Result<Bitmap> decode(ByteSpan bytes, PixelSize minimum, const ImageLimits& limi
     if (!readRows(&reader, bitmap.bytes().data(), bitmap.stride())) {
         return failureOf(reader);
     }
-    convertColors(reader, bitmap);
+    convertColors(reader, conversion, bitmap);
     return turnUpright(std::move(bitmap), orientation);
 }
 

@@ -1,5 +1,9 @@
 #include "TestPictures.h"
+#include "platform/graphics/codecs/ColorConversion.h"
 
+#include <lcms2.h>
+
+#include <cmath>
 #include <csetjmp>
 #include <cstdio>
 #include <cstdlib>
@@ -28,6 +32,7 @@ struct JpegRecipe {
     int height = 64;
     J_COLOR_SPACE colors = JCS_RGB;
     std::vector<jpeg_scan_info> scans;
+    Bytes profile;
 };
 
 /// A soft gradient in as many components as the colours have.
@@ -50,10 +55,15 @@ std::vector<std::uint8_t> compress(const JpegRecipe& recipe) {
         info.num_scans = static_cast<int>(recipe.scans.size());
     }
     jpeg_start_compress(&info, TRUE);
+    if (!recipe.profile.empty()) {
+        jpeg_write_icc_profile(&info, reinterpret_cast<const JOCTET*>(recipe.profile.data()),
+                               static_cast<unsigned int>(recipe.profile.size()));
+    }
     std::vector<std::uint8_t> row(static_cast<std::size_t>(recipe.width * info.input_components));
     while (info.next_scanline < info.image_height) {
         for (std::size_t i = 0; i < row.size(); ++i) {
-            row[i] = static_cast<std::uint8_t>(40 + info.next_scanline * 2 + i / 3);
+            const bool tinted = recipe.colors == JCS_RGB && i % 3 == 0;
+            row[i] = static_cast<std::uint8_t>(40 + info.next_scanline * 2 + i / 3 + (tinted ? 60 : 0));
         }
         JSAMPROW rows = row.data();
         jpeg_write_scanlines(&info, &rows, 1);
@@ -71,7 +81,7 @@ jpeg_scan_info scanOf(int first, int last, int high, int low) {
 
 /// Grey, progressive, in `count` scans: first whole, then refined bit by bit and coefficient by coefficient.
 JpegRecipe inScans(int count) {
-    JpegRecipe recipe{64, 64, JCS_GRAYSCALE, {scanOf(0, 0, 0, 0)}};
+    JpegRecipe recipe{64, 64, JCS_GRAYSCALE, {scanOf(0, 0, 0, 0)}, {}};
     for (int bit = 3; bit >= 0; --bit) {
         for (int coefficient = 1; coefficient < 64 && static_cast<int>(recipe.scans.size()) < count; ++coefficient) {
             recipe.scans.push_back(scanOf(coefficient, coefficient, bit == 3 ? 0 : bit + 1, bit));
@@ -139,7 +149,7 @@ TEST(JpegReader, progressivePicturesOfVeryManyScansAreRefused) {
 }
 
 TEST(JpegReader, coefficientsOfAProgressivePictureCountAgainstTheLimit) {
-    JpegRecipe recipe{512, 512, JCS_GRAYSCALE, {scanOf(0, 0, 0, 0), scanOf(1, 63, 0, 0)}};
+    JpegRecipe recipe{512, 512, JCS_GRAYSCALE, {scanOf(0, 0, 0, 0), scanOf(1, 63, 0, 0)}, {}};
     const auto progressive = compress(recipe);
     EXPECT_TRUE(readImageHeader(asBytes(progressive)));
     recipe.colors = JCS_RGB;
@@ -160,7 +170,7 @@ TEST(JpegReader, coefficientsOfAProgressivePictureCountAgainstTheLimit) {
 }
 
 TEST(JpegReader, grayPictureIsDecodedAsGray) {
-    const auto gray = compress({64, 64, JCS_GRAYSCALE, {}});
+    const auto gray = compress({64, 64, JCS_GRAYSCALE, {}, {}});
     const Result<Bitmap> decoded = decodeImage(asBytes(gray));
     ASSERT_TRUE(decoded) << decoded.reason();
     EXPECT_LE(largestDifference(pixelAt(*decoded, 30, 10), {70, 70, 70, 255}), 2);
@@ -175,8 +185,69 @@ TEST(JpegReader, inksMarkedAsInvertedAreInverted) {
     EXPECT_LE(largestDifference(pixelAt(*decoded, 50, 36), {255, 255, 255, 255}), 4) << "paper";
 }
 
+/// A profile by whose account only the black ink prints.
+Bytes profileOfBlackInkAlone() {
+    cmsHPROFILE profile = cmsCreateProfilePlaceholder(nullptr);
+    cmsSetDeviceClass(profile, cmsSigOutputClass);
+    cmsSetColorSpace(profile, cmsSigCmykData);
+    cmsSetPCS(profile, cmsSigLabData);
+    cmsSetProfileVersion(profile, 2.1);
+    cmsPipeline* pipeline = cmsPipelineAlloc(nullptr, 4, 3);
+    cmsStage* table = cmsStageAllocCLut16bit(nullptr, 2, 4, 3, nullptr);
+    cmsStageSampleCLut16bit(
+        table,
+        [](const cmsUInt16Number* inks, cmsUInt16Number* lab, void*) -> cmsInt32Number {
+            lab[0] = static_cast<cmsUInt16Number>((0xffff - inks[3]) * 0xff00U / 0xffffU); // 100 is 0xff00
+            lab[1] = lab[2] = 0x8000;
+            return TRUE;
+        },
+        nullptr, 0);
+    cmsPipelineInsertStage(pipeline, cmsAT_END, table);
+    EXPECT_TRUE(cmsWriteTag(profile, cmsSigAToB0Tag, pipeline));
+    cmsUInt32Number size = 0;
+    EXPECT_TRUE(cmsSaveProfileToMem(profile, nullptr, &size));
+    Bytes bytes(size);
+    EXPECT_TRUE(cmsSaveProfileToMem(profile, bytes.data(), &size));
+    cmsPipelineFree(pipeline);
+    cmsCloseProfile(profile);
+    return bytes;
+}
+
+TEST(JpegReader, inksWithAProfileArePrintedByIt) {
+    // Row y has about 40 + 2 y of each ink, inverted as that marker says: 255 is none.
+    JpegRecipe recipe{64, 64, JCS_CMYK, {}, {}};
+    const auto withoutProfile = compress(recipe);
+    recipe.profile = profileOfBlackInkAlone();
+    const auto withProfile = compress(recipe);
+    const Result<Bitmap> plain = decodeImage(asBytes(withoutProfile));
+    const Result<Bitmap> printed = decodeImage(asBytes(withProfile));
+    ASSERT_TRUE(plain) << plain.reason();
+    ASSERT_TRUE(printed) << printed.reason();
+    for (const int y : {10, 60}) {
+        const double lightness = (40 + 2 * y) / 255.0; // no ink: 1
+        const double linear = lightness > 0.08 ? std::pow((lightness * 100 + 16) / 116, 3) : lightness * 100 / 903.3;
+        const auto gray = static_cast<std::uint8_t>((1.055 * std::pow(linear, 1 / 2.4) - 0.055) * 255 + 0.5);
+        EXPECT_LE(largestDifference(pixelAt(*printed, 0, y), {gray, gray, gray, 255}), 4) << y;
+        EXPECT_GT(largestDifference(pixelAt(*printed, 0, y), pixelAt(*plain, 0, y)), 15) << y;
+    }
+}
+
+TEST(JpegReader, embeddedProfileIsConverted) {
+    const std::filesystem::path profile = corpora() / "icc/profiles/DisplayP3-v4.icc";
+    if (!std::filesystem::exists(profile)) {
+        GTEST_SKIP() << "the colour profiles are not here: " << profile;
+    }
+    const auto plain = compress({64, 64, JCS_RGB, {}, {}});
+    const auto inDisplayP3 = compress({64, 64, JCS_RGB, {}, readWhole(profile)});
+    // The same numbers, so the colour conversion alone tells them apart; it is tried by itself elsewhere.
+    Rgba expected = pixelAt(*decodeImage(asBytes(plain)), 60, 10);
+    codecs::ColorConversion::fromProfile(readWhole(profile), codecs::ColorModel::rgb).convert(expected.data(), 1);
+    EXPECT_EQ(pixelAt(*decodeImage(asBytes(inDisplayP3)), 60, 10), expected);
+    EXPECT_NE(pixelAt(*decodeImage(asBytes(plain)), 60, 10), expected);
+}
+
 TEST(JpegReader, reducedDecodingHasAtLeastWhatIsAskedFor) {
-    const auto whole = compress({640, 400, JCS_RGB, {}});
+    const auto whole = compress({640, 400, JCS_RGB, {}, {}});
     for (const auto& [minimum, expected] :
          {std::pair{PixelSize{80, 50}, PixelSize{80, 50}}, std::pair{PixelSize{81, 50}, PixelSize{160, 100}},
           std::pair{PixelSize{320, 10}, PixelSize{320, 200}}, std::pair{PixelSize{9000, 9000}, PixelSize{640, 400}},
