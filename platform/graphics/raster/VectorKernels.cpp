@@ -1,6 +1,7 @@
 // The kernels for wide registers, one source for every kind of processor; each gives the bits of the scalar twin.
 #include "platform/graphics/raster/Kernels.h"
 
+#include <algorithm>
 #include <cstring>
 
 #undef HWY_TARGET_INCLUDE
@@ -80,39 +81,62 @@ void projectPositions(const ProjectedRow& row, int left, int count, std::int32_t
     scalarKernels().projectPositions(row, left + i, count - i, u + i, v + i);
 }
 
-/// Where the rows of every pixel's footprint begin in memory, in bytes from their rows' starts, and where in the table
-/// their weights.
+/// Where every pixel's footprint lies: its first row, its weights, and the bytes at which its rows begin.
 struct Offsets {
     HWY_ALIGN std::int32_t shifts[longestSegment];
+    HWY_ALIGN std::int32_t firstRows[longestSegment];
+    HWY_ALIGN std::int32_t rowWeights[longestSegment];
     HWY_ALIGN std::int32_t pixels[mostTaps][longestSegment];
     HWY_ALIGN std::int32_t weights[mostTaps][longestSegment];
+    bool allInside = false;
 };
 
 HWY_INLINE void findOffsets(const Footprint& footprint, const std::int32_t* u, const std::int32_t* v, int count,
                             Offsets& offsets) {
     const PhaseTable& rows = *footprint.rows;
+    int lowestRow = footprint.picture.height;
+    int highestRow = -1;
     for (int i = 0; i < count; ++i) {
         const int phase = v[i] & (phases - 1);
-        offsets.shifts[i] =
-            footprint.shear * (rows.rowStart[static_cast<std::size_t>(phase)] * phases - phase) + 0x8000;
+        const int start = rows.rowStart[static_cast<std::size_t>(phase)];
+        offsets.shifts[i] = footprint.shear * (start * phases - phase) + 0x8000;
+        offsets.firstRows[i] = (v[i] >> phaseBits) + start;
+        offsets.rowWeights[i] = phase * static_cast<int>(rows.rowLine());
+        lowestRow = std::min(lowestRow, offsets.firstRows[i]);
+        highestRow = std::max(highestRow, offsets.firstRows[i]);
     }
+    // Whole vectors: what lies beyond `count` repeats the last pixel and is not looked at.
     const hn::CappedTag<std::int32_t, 16> d;
     const auto lanes = static_cast<int>(hn::Lanes(d));
+    HWY_ALIGN std::int32_t positions[longestSegment];
+    std::memcpy(positions, u, static_cast<std::size_t>(count) * sizeof *u);
+    for (int i = count; i % lanes != 0; ++i) {
+        positions[i] = u[count - 1];
+        offsets.shifts[i] = offsets.shifts[count - 1];
+    }
     const auto step = hn::Set(d, footprint.shear * phases);
     const auto start = hn::Set(d, 1 - footprint.columns->columnTaps / 2);
     const auto line = hn::Set(d, static_cast<std::int32_t>(footprint.columns->columnLine()));
     const auto phaseMask = hn::Set(d, phases - 1);
-    // Whole vectors: what lies beyond `count` is computed and not looked at.
+    auto lowest = hn::Zero(d);
+    auto highest = hn::Zero(d);
     for (int i = 0; i < count; i += lanes) {
         auto shift = hn::Load(d, offsets.shifts + i);
-        const auto position = hn::LoadU(d, u + i);
+        const auto position = hn::Load(d, positions + i);
         for (int row = 0; row < rows.rowTaps; ++row) {
             const auto at = hn::Add(position, hn::ShiftRight<16>(shift));
-            hn::Store(hn::ShiftLeft<2>(hn::Add(hn::ShiftRight<phaseBits>(at), start)), d, offsets.pixels[row] + i);
+            const auto bytes = hn::ShiftLeft<2>(hn::Add(hn::ShiftRight<phaseBits>(at), start));
+            lowest = hn::Min(lowest, bytes);
+            highest = hn::Max(highest, bytes);
+            hn::Store(bytes, d, offsets.pixels[row] + i);
             hn::Store(hn::Mul(hn::And(at, phaseMask), line), d, offsets.weights[row] + i);
             shift = hn::Add(shift, step);
         }
     }
+    const int widthOfTaps = (footprint.picture.width - footprint.columns->columnTaps) * 4;
+    offsets.allInside = lowestRow >= 0 && highestRow + rows.rowTaps <= footprint.picture.height &&
+                        hn::AllFalse(d, hn::Lt(lowest, hn::Zero(d))) &&
+                        hn::AllFalse(d, hn::Gt(highest, hn::Set(d, widthOfTaps)));
 }
 
 /// Sixteen bytes of one row, or of two rows one above the other.
@@ -136,27 +160,29 @@ template <class D> HWY_INLINE hn::Vec<Shorts8> foldedRows(D, hn::Vec<D> sums) {
 }
 
 template <int kGroups>
-HWY_INLINE hn::Vec<Shorts8> filteredSums(const Footprint& footprint, const Offsets& offsets, int i,
-                                         const std::uint8_t* row, const std::int16_t* rowWeights) {
+HWY_INLINE hn::Vec<Shorts8> filteredSums(const Footprint& footprint, const Offsets& offsets, int rowTaps, int i) {
     const RowBytes dRows;
     const RowShorts dShorts;
     constexpr int rowsAtOnce = static_cast<int>(hn::MaxLanes(dRows)) / 16;
     const std::size_t stride = footprint.picture.stride;
+    const std::uint8_t* row = footprint.picture.pixels + static_cast<std::size_t>(offsets.firstRows[i]) * stride;
+    const std::int16_t* const rowWeights = footprint.rows->rows + offsets.rowWeights[i];
     const std::uint8_t* const table = footprint.columns->columns;
     // Of each two pixels, both values of a channel side by side.
     alignas(32) static constexpr std::uint8_t pairing[32] = {0, 4, 1, 5, 2, 6, 3, 7, 8, 12, 9, 13, 10, 14, 11, 15,
                                                              0, 4, 1, 5, 2, 6, 3, 7, 8, 12, 9, 13, 10, 14, 11, 15};
     const auto pairs = hn::Load(dRows, pairing);
     auto sum = hn::Zero(dShorts);
-    for (int r = 0; r < footprint.rows->rowTaps; r += rowsAtOnce) {
+    for (int r = 0; r < rowTaps; r += rowsAtOnce) {
+        const int second = r + rowsAtOnce - 1;
+        const std::uint8_t* const pixelsA = row + offsets.pixels[r][i];
+        const std::uint8_t* const pixelsB = row + stride * (rowsAtOnce - 1) + offsets.pixels[second][i];
+        const std::uint8_t* const weightsA = table + offsets.weights[r][i];
+        const std::uint8_t* const weightsB = table + offsets.weights[second][i];
         auto inRow = hn::Zero(dShorts);
-        for (int group = 0; group < kGroups; ++group) {
-            const std::ptrdiff_t at = std::ptrdiff_t{group} * 16;
-            const auto pixels =
-                loadedRows(dRows, row + offsets.pixels[r][i] + at,
-                           row + stride * (rowsAtOnce - 1) + offsets.pixels[r + rowsAtOnce - 1][i] + at);
-            const auto weights = loadedRows(dRows, table + offsets.weights[r][i] + at,
-                                            table + offsets.weights[r + rowsAtOnce - 1][i] + at);
+        for (std::ptrdiff_t at = 0; at < kGroups * 16; at += 16) {
+            const auto pixels = loadedRows(dRows, pixelsA + at, pixelsB + at);
+            const auto weights = loadedRows(dRows, weightsA + at, weightsB + at);
             inRow = hn::Add(inRow, multipliedPairs(dShorts, hn::TableLookupBytes(pixels, pairs), weights));
         }
         sum = hn::Add(sum, hn::MulFixedPoint15(inRow, hn::LoadU(dShorts, rowWeights + r * 8)));
@@ -165,54 +191,65 @@ HWY_INLINE hn::Vec<Shorts8> filteredSums(const Footprint& footprint, const Offse
     return foldedRows(dShorts, sum);
 }
 
+/// The sums of two pixels, even and odd pairs added, as bytes.
+template <class V> HWY_INLINE hn::Vec<hn::FixedTag<std::uint8_t, 8>> roundedPixels(V a, V b) {
+    const Shorts8 d16;
+    const hn::FixedTag<std::uint8_t, 8> d8;
+    const auto sums = hn::Add(hn::ConcatLowerLower(d16, b, a), hn::ConcatUpperUpper(d16, b, a));
+    return hn::DemoteTo(d8, hn::ShiftRight<7>(hn::Add(sums, hn::Set(d16, std::int16_t{64}))));
+}
+
+/// Pixels [from, to), whose footprints lie within the picture.
+template <int kGroups>
+HWY_INLINE void filterInside(const Footprint& footprint, const Offsets& offsets, int rowTaps, int from, int to,
+                             std::uint8_t* out) {
+    const hn::FixedTag<std::uint8_t, 8> d8;
+    int i = from;
+    for (; i + 2 <= to; i += 2) {
+        hn::StoreU(roundedPixels(filteredSums<kGroups>(footprint, offsets, rowTaps, i),
+                                 filteredSums<kGroups>(footprint, offsets, rowTaps, i + 1)),
+                   d8, out + static_cast<std::ptrdiff_t>(i) * 4);
+    }
+    if (i < to) {
+        const auto sums = filteredSums<kGroups>(footprint, offsets, rowTaps, i);
+        HWY_ALIGN std::uint8_t both[8];
+        hn::Store(roundedPixels(sums, sums), d8, both);
+        std::memcpy(out + static_cast<std::ptrdiff_t>(i) * 4, both, 4);
+    }
+}
+
+/// Whether one pixel's footprint lies within the picture. The shear moves columns one way from row to row: the first
+/// and the last row tell.
+HWY_INLINE bool liesInside(const Footprint& footprint, const Offsets& offsets, int i) {
+    const int lastRow = footprint.rows->rowTaps - 1;
+    const int widthOfTaps = (footprint.picture.width - footprint.columns->columnTaps) * 4;
+    const auto [low, high] = std::minmax(offsets.pixels[0][i], offsets.pixels[lastRow][i]);
+    return offsets.firstRows[i] >= 0 && offsets.firstRows[i] + lastRow < footprint.picture.height && low >= 0 &&
+           high <= widthOfTaps;
+}
+
 template <int kGroups>
 void filterGroups(const Footprint& footprint, const std::int32_t* u, const std::int32_t* v, int count,
                   std::uint8_t* out) {
-    const Shorts8 d16;
-    const hn::FixedTag<std::uint8_t, 8> d8;
     Offsets offsets;
     findOffsets(footprint, u, v, count, offsets);
-    const PhaseTable& rows = *footprint.rows;
-    const PixelView& picture = footprint.picture;
-    const int lastRow = rows.rowTaps - 1;
-    const int widthOfTaps = (picture.width - kGroups * 4) * 4;
-    const auto firstRowOf = [&](int i) {
-        return (v[i] >> phaseBits) + rows.rowStart[static_cast<std::size_t>(v[i] & (phases - 1))];
-    };
-    // The shear moves columns one way from row to row: the first and the last row tell.
-    const auto isInside = [&](int i) {
-        const int first = firstRowOf(i);
-        const int a = offsets.pixels[0][i];
-        const int b = offsets.pixels[lastRow][i];
-        return first >= 0 && first + lastRow < picture.height && a >= 0 && b >= 0 && a <= widthOfTaps &&
-               b <= widthOfTaps;
-    };
-    const auto sumsOf = [&](int i) {
-        return filteredSums<kGroups>(footprint, offsets, i,
-                                     picture.pixels + static_cast<std::size_t>(firstRowOf(i)) * picture.stride,
-                                     rows.rows + (v[i] & (phases - 1)) * rows.rowLine());
-    };
-    const auto rounded = [&](auto sums) {
-        return hn::DemoteTo(d8, hn::ShiftRight<7>(hn::Add(sums, hn::Set(d16, std::int16_t{64}))));
-    };
-    const auto folded = [&](auto a, auto b) {
-        return hn::Add(hn::ConcatLowerLower(d16, b, a), hn::ConcatUpperUpper(d16, b, a));
-    };
-    int i = 0;
-    while (i < count) {
-        if (!isInside(i)) {
-            scalarKernels().filterFootprint(footprint, u + i, v + i, 1, out + static_cast<std::ptrdiff_t>(i) * 4);
-            ++i;
-        } else if (i + 1 < count && isInside(i + 1)) {
-            hn::StoreU(rounded(folded(sumsOf(i), sumsOf(i + 1))), d8, out + static_cast<std::ptrdiff_t>(i) * 4);
-            i += 2;
-        } else {
-            const auto sums = sumsOf(i);
-            HWY_ALIGN std::uint8_t both[8];
-            hn::Store(rounded(folded(sums, sums)), d8, both);
-            std::memcpy(out + static_cast<std::ptrdiff_t>(i) * 4, both, 4);
-            ++i;
+    const int rowTaps = footprint.rows->rowTaps;
+    if (offsets.allInside && rowTaps == 4) {
+        return filterInside<kGroups>(footprint, offsets, 4, 0, count, out);
+    }
+    for (int from = 0; from < count;) {
+        const bool inside = offsets.allInside || liesInside(footprint, offsets, from);
+        int to = offsets.allInside ? count : from + 1;
+        while (to < count && liesInside(footprint, offsets, to) == inside) {
+            ++to;
         }
+        if (inside) {
+            filterInside<kGroups>(footprint, offsets, rowTaps, from, to, out);
+        } else {
+            scalarKernels().filterFootprint(footprint, u + from, v + from, to - from,
+                                            out + static_cast<std::ptrdiff_t>(from) * 4);
+        }
+        from = to;
     }
 }
 

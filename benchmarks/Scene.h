@@ -1,0 +1,84 @@
+// The job that renderers are compared on: background photograph, screenshot in perspective, device frame, glare.
+#pragma once
+
+#include "DrawnPictures.h"
+#include "platform/graphics/BitmapContext.h"
+
+#include <cmath>
+
+namespace quillomat::benchmarks {
+
+struct Scene {
+    int side = 0;
+    Quad quad;
+    SharedBitmap background; // 4000 x 3000
+    SharedBitmap screenshot; // 1290 x 2796
+    SharedBitmap frame;      // as large as the canvas, its screen and surroundings clear
+    SharedBitmap glare;      // as large as the canvas, faint over the screen
+};
+
+enum class Slant { mild, strong };
+
+/// Corners for a canvas of that side.
+inline Quad quadOf(Slant slant, double side) {
+    const double s = side / 3000;
+    const Quad quad = slant == Slant::mild ? Quad{{840, 240}, {2150, 270}, {850, 2750}, {2160, 2720}}
+                                           : Quad{{700, 440}, {2300, 240}, {900, 2400}, {2150, 2850}};
+    const auto scaled = [s](Point p) { return Point{p.x * s, p.y * s}; };
+    return {scaled(quad.topLeft), scaled(quad.topRight), scaled(quad.bottomLeft), scaled(quad.bottomRight)};
+}
+
+/// A frame's bezel about the quad with a soft shadow outside, or a glare inside it.
+inline Bitmap overlayOf(const Quad& quad, int side, bool glare) {
+    Bitmap bitmap({side, side});
+    const Point corners[4] = {quad.topLeft, quad.topRight, quad.bottomRight, quad.bottomLeft};
+    const double bezel = side * 0.02;
+    for (int y = 0; y < side; ++y) {
+        for (int x = 0; x < side; ++x) {
+            double outside = -1e9;
+            for (int i = 0; i < 4; ++i) {
+                const Point from = corners[i];
+                const Point along = corners[(i + 1) % 4] - from;
+                const double cross = along.y * (x + 0.5 - from.x) - along.x * (y + 0.5 - from.y);
+                outside = std::max(outside, cross / std::hypot(along.x, along.y));
+            }
+            std::uint8_t* pixel = bitmap.row(y) + static_cast<std::ptrdiff_t>(x) * 4;
+            if (glare) {
+                const int alpha = outside < 0 ? std::clamp(40 - (x + y) * 60 / side, 0, 40) : 0;
+                std::fill_n(pixel, 4, static_cast<std::uint8_t>(alpha));
+            } else if (outside > -1 && outside < bezel) {
+                const auto shade = static_cast<std::uint8_t>(24 + 40 * outside / bezel);
+                std::fill_n(pixel, 3, shade);
+                pixel[3] = static_cast<std::uint8_t>(255 * std::min(1.0, outside + 1));
+                std::fill_n(pixel, 3, static_cast<std::uint8_t>(shade * pixel[3] / 255));
+            } else if (outside >= bezel && outside < 2 * bezel) {
+                pixel[3] = static_cast<std::uint8_t>(90 * (2 * bezel - outside) / bezel);
+            }
+        }
+    }
+    return bitmap;
+}
+
+inline Scene makeScene(int side, Slant slant) {
+    static const auto background = std::make_shared<const Bitmap>(photographLike({4000, 3000}));
+    static const auto screenshot = std::make_shared<const Bitmap>(screenshotLike({1290, 2796}));
+    const Quad quad = quadOf(slant, side);
+    return {side,
+            quad,
+            background,
+            screenshot,
+            std::make_shared<const Bitmap>(overlayOf(quad, side, /*glare=*/false)),
+            std::make_shared<const Bitmap>(overlayOf(quad, side, /*glare=*/true))};
+}
+
+inline Recording recordingOfScene(const Scene& scene) {
+    const double side = scene.side;
+    BitmapContext context({side, side});
+    context.drawImage(Image::fromBitmap(scene.background), makeRect(0, 0, side, side));
+    context.drawLayer(fittedLayer(Image::fromBitmap(scene.screenshot), scene.quad, side * 0.02));
+    context.drawImage(Image::fromBitmap(scene.frame), makeRect(0, 0, side, side));
+    context.drawImage(Image::fromBitmap(scene.glare), makeRect(0, 0, side, side));
+    return context.recording();
+}
+
+} // namespace quillomat::benchmarks

@@ -1,0 +1,113 @@
+// How long composing takes, by canvas, slant and threads, beside the peers. Decoding and encoding are not in it, and
+// every renderer writes into a canvas that it reuses.
+#include "Scene.h"
+#include "platform/graphics/Rasterizer.h"
+#ifdef QUILLOMAT_WITH_PEERS
+#include "Peers.h"
+#endif
+
+#include <benchmark/benchmark.h>
+
+#include <atomic>
+#include <map>
+#include <memory>
+#include <string>
+#include <thread>
+
+namespace quillomat::benchmarks {
+namespace {
+
+const Scene& sceneOf(int side, Slant slant) {
+    static std::map<std::pair<int, Slant>, Scene> scenes;
+    const auto [at, isNew] = scenes.try_emplace({side, slant});
+    if (isNew) {
+        at->second = makeScene(side, slant);
+    }
+    return at->second;
+}
+
+void composeBands(const Rasterizer& rasterizer, Bitmap& canvas, int threads) {
+    constexpr int bandRows = 32;
+    std::atomic<int> next{0};
+    const auto work = [&] {
+        for (int top = next++ * bandRows; top < canvas.height(); top = next++ * bandRows) {
+            const int count = std::min(bandRows, canvas.height() - top);
+            rasterizer.rows(top, count, canvas.bytes().subspan(canvas.stride() * static_cast<std::size_t>(top)));
+        }
+    };
+    std::vector<std::jthread> helpers;
+    for (int i = 1; i < threads; ++i) {
+        helpers.emplace_back(work);
+    }
+    work();
+}
+
+void composeHere(benchmark::State& state, Slant slant) {
+    const auto side = static_cast<int>(state.range(0));
+    const Recording recording = recordingOfScene(sceneOf(side, slant));
+    Bitmap canvas(recording.size());
+    for (auto _ : state) {
+        const Rasterizer rasterizer(recording);
+        composeBands(rasterizer, canvas, static_cast<int>(state.range(1)));
+        benchmark::DoNotOptimize(canvas.bytes().data());
+    }
+}
+
+/// One layer alone: where the time goes.
+void drawLayerAlone(benchmark::State& state, std::size_t layer) {
+    const Recording all = recordingOfScene(sceneOf(static_cast<int>(state.range(0)), Slant::mild));
+    const Recording recording = recordingOf(all.size(), all.draws()[layer]);
+    Bitmap canvas(recording.size());
+    for (auto _ : state) {
+        const Rasterizer rasterizer(recording);
+        composeBands(rasterizer, canvas, 1);
+        benchmark::DoNotOptimize(canvas.bytes().data());
+    }
+}
+
+#ifdef QUILLOMAT_WITH_PEERS
+template <typename Make> void composeThere(benchmark::State& state, Slant slant, const Make& make) {
+    const auto peer = make(sceneOf(static_cast<int>(state.range(0)), slant));
+    for (auto _ : state) {
+        peer->compose(static_cast<int>(state.range(1)));
+    }
+}
+#endif
+
+void registerAll() {
+    const std::pair<const char*, Slant> slants[] = {{"mild", Slant::mild}, {"strong", Slant::strong}};
+    const auto sized = [](benchmark::internal::Benchmark* made) {
+        made->ArgsProduct({{1080, 3000, 6000}, {1, 2}})->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime();
+    };
+    for (const auto& [name, slant] : slants) {
+        const std::string after = std::string("/") + name;
+        const Slant which = slant;
+        sized(benchmark::RegisterBenchmark(("quillomat" + after).c_str(),
+                                           [which](benchmark::State& state) { composeHere(state, which); }));
+#ifdef QUILLOMAT_WITH_PEERS
+        sized(benchmark::RegisterBenchmark(
+            ("qt" + after).c_str(), [which](benchmark::State& state) { composeThere(state, which, makeQtPeer); }));
+        sized(benchmark::RegisterBenchmark(("opencv" + after).c_str(), [which](benchmark::State& state) {
+            composeThere(state, which, makeOpenCvPeer);
+        }));
+#endif
+    }
+    const char* layers[] = {"background", "screenshot", "frame", "glare"};
+    for (std::size_t i = 0; i < 4; ++i) {
+        benchmark::RegisterBenchmark((std::string("layer/") + layers[i]).c_str(),
+                                     [i](benchmark::State& state) { drawLayerAlone(state, i); })
+            ->Arg(3000)
+            ->Unit(benchmark::kMillisecond)
+            ->MeasureProcessCPUTime();
+    }
+}
+
+} // namespace
+} // namespace quillomat::benchmarks
+
+int main(int argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    quillomat::benchmarks::registerAll();
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+}
