@@ -66,7 +66,7 @@ bool failed(const heif_error& error) {
     return error.code != heif_error_Ok;
 }
 
-/// Every box at the top level must end within the file; the library itself fills up a picture cut short.
+/// Every box at the top level must end within the file. Seen here, it does not depend on which decoder stands behind.
 bool isCutShort(ByteSpan bytes) {
     std::size_t offset = 0;
     while (offset < bytes.size()) {

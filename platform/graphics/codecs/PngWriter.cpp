@@ -29,7 +29,7 @@ using codecs::rowPadding;
 
 // Large enough that starting afresh in each band costs under a hundredth of the file, small enough to stay in cache.
 constexpr std::size_t fastBandBytes = std::size_t{288} << 10;
-constexpr std::size_t bestBandBytes = std::size_t{2} << 20;
+constexpr std::size_t bestBandBytes = std::size_t{1} << 20;
 constexpr int leastBandRows = 16;
 constexpr int mostBandRows = 512;
 // Every so many rows of a band are tried with each filter, to choose the band's one.
