@@ -20,20 +20,33 @@ def missing():
     absent = [name for name in NEEDED if shutil.which(name) is None]
     if not any(os.path.exists(launcher) for launcher in LAUNCHERS):
         absent.append("at-spi2-core")
-    if subprocess.run([sys.executable, "-c", "import pyatspi"], capture_output=True).returncode != 0:
+    if interpreter() is None:
         absent.append("pyatspi")
     return absent
 
 
+def interpreter():
+    """The Python that has the bindings: the system's, where the first one on the path is another."""
+    for python in (sys.executable, "/usr/bin/python3"):
+        if subprocess.run([python, "-c", "import pyatspi"], capture_output=True).returncode == 0:
+            return python
+    return None
+
+
 def start_display(screen):
-    for _ in range(5):  # two servers that start at once may fight for one number
-        server = subprocess.Popen(["Xvfb", "-displayfd", "1", "-screen", "0", screen, "-nolisten", "tcp"],
-                                  stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
-        display = server.stdout.readline().decode().strip()
-        environment = dict(os.environ, DISPLAY=":" + display, **{PRIVATE: "1"})
-        asked = subprocess.run(["xdotool", "getdisplaygeometry"], env=environment, capture_output=True)
-        if asked.returncode == 0 and server.poll() is None:
-            return server, environment
+    for attempt in range(10):
+        # A number that servers looking for the lowest free one do not come to.
+        display = ":" + str(1000 + (os.getpid() + attempt * 997) % 30000)
+        server = subprocess.Popen(["Xvfb", display, "-screen", "0", screen, "-nolisten", "tcp"],
+                                  stderr=subprocess.DEVNULL)
+        environment = dict(os.environ, DISPLAY=display, **{PRIVATE: "1"})
+        for _ in range(100):
+            asked = subprocess.run(["xdotool", "getdisplaygeometry"], env=environment, capture_output=True)
+            if asked.returncode == 0 and server.poll() is None:
+                return server, environment
+            if server.poll() is not None:
+                break
+            time.sleep(0.1)
         server.terminate()
         server.wait()
     raise SystemExit("no display can be started")
@@ -51,7 +64,7 @@ def rerun_privately(screen="1400x1000x24"):
     for name in ("WAYLAND_DISPLAY", "DBUS_SESSION_BUS_ADDRESS", "AT_SPI_BUS_ADDRESS", "QT_QPA_PLATFORM"):
         environment.pop(name, None)
     try:
-        status = subprocess.call(["dbus-run-session", "--", sys.executable, *sys.argv], env=environment)
+        status = subprocess.call(["dbus-run-session", "--", interpreter(), *sys.argv], env=environment)
     finally:
         server.terminate()
         server.wait()
@@ -78,7 +91,7 @@ class Session:
         self.application = self.wait_for(self.find_application, "the program on the accessibility bus", 30)
         self.window = self.wait_for(self.find_window, "the window", 20)
         subprocess.run(["xdotool", "windowmove", self.window, "0", "0", "windowsize", self.window, str(size[0]),
-                        str(size[1])], check=True)
+                        str(size[1]), "windowfocus", self.window], check=True)
         time.sleep(0.4)
 
     def close(self):
@@ -142,8 +155,7 @@ class Session:
         for node in self.nodes():
             if node.name != name:
                 continue
-            states = node.getState()
-            if states.contains(self.atspi.STATE_ENABLED) == enabled:
+            if (node.description != "Not available") == enabled:
                 return node
         return None
 

@@ -30,7 +30,8 @@ Item {
 
     Accessible.role: Accessible.Button
     Accessible.name: name
-    Accessible.description: hint
+    // The toolkit's bridge does not say what is disabled.
+    Accessible.description: available ? hint : qsTr("Not available")
     Accessible.focusable: true
     Accessible.onPressAction: root.trigger()
 

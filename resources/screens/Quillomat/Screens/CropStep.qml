@@ -45,6 +45,9 @@ FocusScope {
         Item {
             id: hole
             objectName: "cropWindow"
+            Accessible.role: Accessible.Graphic
+            Accessible.name: qsTr("Part of the picture")
+            Accessible.description: root.crop ? root.crop.description : ""
             readonly property real shape: root.crop ? root.crop.shape : 1
             width: Math.round(Math.min(room.width - 2 * Theme.margin, (room.height - 2 * Theme.margin) * shape))
             height: Math.round(width / shape)
