@@ -202,8 +202,8 @@ def dial(size):
         inner = r - (5.5 if k % 5 == 0 else 2.2)
         colour = (238, 232, 220) if k % 5 == 0 else (110, 124, 130)
         page.line([(cx + inner * math.sin(angle), cy - inner * math.cos(angle)), (cx + r * math.sin(angle), cy - r * math.cos(angle))], colour, 1.3 if k % 5 == 0 else 0.7)
-    page.text(cx, cy + 15, "THU 14", 6, (238, 176, 106), "SemiBold", "mm")
-    for angle, length, width, colour in ((292, 21, 3.4, (250, 246, 238)), (144, 32, 2.4, (250, 246, 238)), (30, 35, 0.9, (62, 198, 190))):
+    page.text(cx + 17, cy + 12, "14", 6, (238, 176, 106), "SemiBold", "mm")
+    for angle, length, width, colour in ((292, 21, 3.4, (250, 246, 238)), (54, 32, 2.4, (250, 246, 238)), (200, 35, 0.9, (62, 198, 190))):
         turn = math.radians(angle)
         page.line([(cx - 5 * math.sin(turn), cy + 5 * math.cos(turn)), (cx + length * math.sin(turn), cy - length * math.cos(turn))], colour, width)
     page.dot(cx, cy, 2.6, (62, 198, 190))
