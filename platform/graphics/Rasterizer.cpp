@@ -40,11 +40,21 @@ void Rasterizer::rows(int first, int count, std::span<std::uint8_t> out) const {
     assert(first >= 0 && count >= 0 && first + count <= plan_->size.height);
     assert(out.size() >= stride * static_cast<std::size_t>(count));
     raster::LayerScratch scratch(plan_->size.width);
+    std::vector<raster::Span> hidden(plan_->layers.size());
     for (int y = first; y < first + count; ++y) {
+        // From the top down: the widest run of pixels that a layer above replaces.
+        raster::Span widest;
+        for (std::size_t i = hidden.size(); i-- > 0;) {
+            hidden[i] = widest;
+            const raster::Span here = plan_->layers[i].hiddenBelow(y, scratch);
+            widest = here.length() > widest.length() ? here : widest;
+        }
         std::uint8_t* const row = out.data() + stride * static_cast<std::size_t>(y - first);
-        std::memset(row, 0, stride);
-        for (const raster::Layer& layer : plan_->layers) {
-            layer.drawRow(y, row, scratch);
+        if (widest.length() < plan_->size.width) {
+            std::memset(row, 0, stride);
+        }
+        for (std::size_t i = 0; i < hidden.size(); ++i) {
+            plan_->layers[i].drawRow(y, hidden[i], row, scratch);
         }
     }
 }

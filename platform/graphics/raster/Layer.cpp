@@ -140,7 +140,19 @@ const std::uint8_t* Layer::pixelsOfRow(int y, int left, int right, LayerScratch&
     return mixed;
 }
 
-void Layer::drawRow(int y, std::uint8_t* canvasRow, LayerScratch& scratch) const {
+bool Layer::isOpaqueInside() const {
+    return !inner_ && !picture_ && (sampler_ ? pictureIsOpaque_ : (*fill_)[3] == 255);
+}
+
+Span Layer::hiddenBelow(int y, LayerScratch& scratch) const {
+    if (!isOpaqueInside() || y < shape_.top() || y >= shape_.bottom()) {
+        return {};
+    }
+    const CoverageRow row = shape_.row(y, scratch.shape);
+    return row.run == 255 ? Span{row.runLeft, row.runRight} : Span{};
+}
+
+void Layer::drawRow(int y, const Span& hidden, std::uint8_t* canvasRow, LayerScratch& scratch) const {
     if (y < shape_.top() || y >= shape_.bottom()) {
         return;
     }
@@ -152,31 +164,40 @@ void Layer::drawRow(int y, std::uint8_t* canvasRow, LayerScratch& scratch) const
         return;
     }
     const CoverageRow row = shape_.row(y, scratch.shape);
-    if (!row.isEmpty()) {
-        drawPlainRow(y, row, canvasRow, scratch);
+    if (hidden.isEmpty()) {
+        drawPlainRow(y, row, {row.left, row.right}, canvasRow, scratch);
+        return;
     }
+    drawPlainRow(y, row, {row.left, std::min(row.right, hidden.left)}, canvasRow, scratch);
+    drawPlainRow(y, row, {std::max(row.left, hidden.right), row.right}, canvasRow, scratch);
 }
 
-void Layer::drawPlainRow(int y, const CoverageRow& row, std::uint8_t* canvasRow, LayerScratch& scratch) const {
-    const std::uint8_t* const pixels = pixelsOfRow(y, row.left, row.right, scratch);
-    const auto covered = [&](int left, int right) {
-        kernels_->compositeCovered(canvasRow + static_cast<std::ptrdiff_t>(left) * 4,
-                                   pixels + static_cast<std::ptrdiff_t>(left - row.left) * 4,
-                                   scratch.shape.values.data() + left, right - left);
-    };
-    covered(row.left, row.runLeft);
-    if (row.runLeft < row.runRight) {
-        std::uint8_t* const to = canvasRow + static_cast<std::ptrdiff_t>(row.runLeft) * 4;
-        const std::uint8_t* const from = pixels + static_cast<std::ptrdiff_t>(row.runLeft - row.left) * 4;
-        const int count = row.runRight - row.runLeft;
-        const bool opaque = sampler_ ? pictureIsOpaque_ : (*fill_)[3] == 255;
-        if (row.run == 255 && opaque) {
-            std::memcpy(to, from, static_cast<std::size_t>(count) * 4);
-        } else {
-            kernels_->compositeUniform(to, from, row.run, count);
-        }
+void Layer::drawPlainRow(int y, const CoverageRow& row, const Span& part, std::uint8_t* canvasRow,
+                         LayerScratch& scratch) const {
+    if (part.isEmpty()) {
+        return;
     }
-    covered(row.runRight, row.right);
+    const std::uint8_t* const pixels = pixelsOfRow(y, part.left, part.right, scratch);
+    const auto within = [&](int left, int right) {
+        return Span{std::max(left, part.left), std::min(right, part.right)};
+    };
+    const auto draw = [&](const Span& span, bool isRun) {
+        if (span.isEmpty()) {
+            return;
+        }
+        std::uint8_t* const to = canvasRow + static_cast<std::ptrdiff_t>(span.left) * 4;
+        const std::uint8_t* const from = pixels + static_cast<std::ptrdiff_t>(span.left - part.left) * 4;
+        if (!isRun) {
+            kernels_->compositeCovered(to, from, scratch.shape.values.data() + span.left, span.length());
+        } else if (row.run == 255 && isOpaqueInside()) {
+            std::memcpy(to, from, static_cast<std::size_t>(span.length()) * 4);
+        } else {
+            kernels_->compositeUniform(to, from, row.run, span.length());
+        }
+    };
+    draw(within(row.left, row.runLeft), /*isRun=*/false);
+    draw(within(row.runLeft, row.runRight), /*isRun=*/true);
+    draw(within(row.runRight, row.right), /*isRun=*/false);
 }
 
 void Layer::drawMixedRow(int y, const CoverageRow& row, std::uint8_t* canvasRow, LayerScratch& scratch) const {

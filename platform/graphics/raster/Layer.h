@@ -15,6 +15,15 @@ using Pixel = std::array<std::uint8_t, 4>;
 /// Premultiplied, components cut to 0 ... 1; NaN counts as 0.
 [[nodiscard]] Pixel premultiplied(const Color& color);
 
+/// Pixels [left, right) of a row.
+struct Span {
+    int left = 0;
+    int right = 0;
+
+    [[nodiscard]] bool isEmpty() const { return left >= right; }
+    [[nodiscard]] int length() const { return right - left; }
+};
+
 /// Working memory of one thread.
 struct LayerScratch {
     explicit LayerScratch(int width);
@@ -35,13 +44,17 @@ public:
 
     [[nodiscard]] int top() const { return shape_.top(); }
     [[nodiscard]] int bottom() const { return shape_.bottom(); }
-    /// Draws row y over the canvas's row.
-    void drawRow(int y, std::uint8_t* canvasRow, LayerScratch& scratch) const;
+    /// The pixels of row y that the layer replaces, whatever lies below.
+    [[nodiscard]] Span hiddenBelow(int y, LayerScratch& scratch) const;
+    /// Draws row y over the canvas's row, `hidden` apart: what a layer above replaces need not be drawn.
+    void drawRow(int y, const Span& hidden, std::uint8_t* canvasRow, LayerScratch& scratch) const;
 
 private:
     Layer() = default;
     void makePicture(const LayerDraw& draw, const Polygon& outline, PixelSize canvas);
-    void drawPlainRow(int y, const CoverageRow& row, std::uint8_t* canvasRow, LayerScratch& scratch) const;
+    [[nodiscard]] bool isOpaqueInside() const;
+    void drawPlainRow(int y, const CoverageRow& row, const Span& part, std::uint8_t* canvasRow,
+                      LayerScratch& scratch) const;
     void drawMixedRow(int y, const CoverageRow& row, std::uint8_t* canvasRow, LayerScratch& scratch) const;
     [[nodiscard]] const std::uint8_t* pixelsOfRow(int y, int left, int right, LayerScratch& scratch) const;
 

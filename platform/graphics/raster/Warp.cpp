@@ -62,9 +62,9 @@ public:
         scratch.v.resize(longestSegment);
         while (left < right) {
             const int length = lengthAt(y, left);
-            // Stretches end at multiples of their lengths, however far the row reaches.
-            const int end = std::min(right, (left / length + 1) * length);
-            segment(y, left, end, out, scratch);
+            const int block = left / length * length;
+            const int end = std::min(right, block + length);
+            segment(levelAt(block + length / 2.0, y + 0.5), y, left, end, out, scratch);
             out += static_cast<std::ptrdiff_t>(end - left) * 4;
             left = end;
         }
@@ -77,12 +77,17 @@ private:
         double scaleV = 1;
     };
 
-    /// How many pixels may share a footprint, which grows as w falls: over them w changes by a few hundredths.
+    /// How many pixels may share a footprint, which grows as w falls: over them w changes by a few hundredths. Blocks
+    /// begin at multiples of their lengths, so that a pixel's block does not depend on how much of its row is drawn.
     [[nodiscard]] int lengthAt(int y, int x) const {
-        const double w = (x + 0.5) * map_.m[2] + (y + 0.5) * map_.m[5] + map_.m[8];
-        const double changePerPixel = std::abs(map_.m[2] / w);
+        const double rowW = (y + 0.5) * map_.m[5] + map_.m[8];
         int length = longestSegment;
-        while (length > shortestSegment && !(changePerPixel * length < largestChange)) {
+        while (length > shortestSegment) {
+            const double middle = x / length * length + length / 2;
+            const double change = std::abs(map_.m[2] / (middle * map_.m[2] + rowW)) * length;
+            if (change < largestChange) {
+                break;
+            }
             length /= 2;
         }
         return length;
@@ -130,9 +135,8 @@ private:
         return level;
     }
 
-    void segment(int y, int left, int right, std::uint8_t* out, SamplerScratch& scratch) const {
+    void segment(const Level& level, int y, int left, int right, std::uint8_t* out, SamplerScratch& scratch) const {
         const double centerY = y + 0.5;
-        const Level level = levelAt((left + right) / 2.0, centerY);
         const auto& m = map_.m;
         const double toU = level.scaleU * phases;
         const double toV = level.scaleV * phases;

@@ -231,6 +231,27 @@ TEST(Rasterizer, shuffledBandsOnSeveralThreadsGiveTheSameBits) {
     EXPECT_EQ(shuffled, whole);
 }
 
+TEST(Rasterizer, whatOpaqueLayersHideNeedNotBeDrawn) {
+    // The same draws one after the other, each over the last one's pixels, hide nothing from each other.
+    const Recording recording = busyRecording({211, 253});
+    Recording withOpaqueLayers(recording.size());
+    for (const LayerDraw& draw : recording.draws()) {
+        withOpaqueLayers.add(draw);
+    }
+    LayerDraw card;
+    card.shape = {makeRect(60.3, 50, 90, 120), 12};
+    card.fill = Color::white();
+    withOpaqueLayers.add(card);
+    Image below;
+    for (const LayerDraw& draw : withOpaqueLayers.draws()) {
+        BitmapContext context({211, 253});
+        context.drawImage(below, makeRect(0, 0, 211, 253));
+        context.drawLayer(draw);
+        below = Image::fromBitmap(rasterize(context.recording()));
+    }
+    EXPECT_EQ(rasterize(withOpaqueLayers), *below.bitmap());
+}
+
 TEST(Rasterizer, rowsReplaceWhatIsThere) {
     const Rasterizer rasterizer(Recording(PixelSize{5, 2}));
     std::vector<std::uint8_t> rows(5 * 2 * 4, 77);
