@@ -2,8 +2,10 @@
 #include "platform/graphics/ImageFile.h"
 #include "platform/graphics/PngWriter.h"
 #include "platform/graphics/codecs/Codec.h"
+#include "platform/graphics/codecs/ColorConversion.h"
 
 #include <benchmark/benchmark.h>
+#include <lcms2.h>
 #include <png.h>
 
 #include <algorithm>
@@ -11,6 +13,7 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <optional>
 #include <random>
 #include <string>
 #include <utility>
@@ -135,6 +138,45 @@ void readReduced(benchmark::State& state, const Bytes& file, int side) {
     }
 }
 
+codecs::Chromaticities displayP3() {
+    codecs::Chromaticities primaries;
+    primaries.redX = 0.680;
+    primaries.redY = 0.320;
+    primaries.greenX = 0.265;
+    primaries.greenY = 0.690;
+    return primaries;
+}
+
+void convertOwn(benchmark::State& state, const Bitmap& bitmap) {
+    const auto conversion = codecs::ColorConversion::fromPrimaries(std::nullopt, displayP3(), codecs::ColorModel::rgb);
+    Bitmap pixels = bitmap;
+    for (auto _ : state) {
+        conversion.convert(pixels.bytes().data(), pixels.size().area());
+    }
+}
+
+void convertByLcms(benchmark::State& state, const Bitmap& bitmap) {
+    const codecs::Chromaticities p = displayP3();
+    const cmsCIExyY white{p.whiteX, p.whiteY, 1};
+    const cmsCIExyYTRIPLE primaries{{p.redX, p.redY, 1}, {p.greenX, p.greenY, 1}, {p.blueX, p.blueY, 1}};
+    const double parameters[]{2.4, 1 / 1.055, 0.055 / 1.055, 1 / 12.92, 0.04045};
+    cmsToneCurve* curve = cmsBuildParametricToneCurve(nullptr, 4, parameters);
+    cmsToneCurve* const curves[]{curve, curve, curve};
+    cmsHPROFILE from = cmsCreateRGBProfile(&white, &primaries, curves);
+    cmsHPROFILE srgb = cmsCreate_sRGBProfile();
+    cmsHTRANSFORM transform = cmsCreateTransform(from, TYPE_RGBA_8, srgb, TYPE_RGBA_8, INTENT_PERCEPTUAL,
+                                                 cmsFLAGS_NOCACHE | cmsFLAGS_COPY_ALPHA);
+    Bitmap pixels = bitmap;
+    for (auto _ : state) {
+        cmsDoTransform(transform, pixels.bytes().data(), pixels.bytes().data(),
+                       static_cast<cmsUInt32Number>(pixels.size().area()));
+    }
+    cmsDeleteTransform(transform);
+    cmsCloseProfile(srgb);
+    cmsCloseProfile(from);
+    cmsFreeToneCurve(curve);
+}
+
 /// Keeps what was measured, for the ratios.
 class KeepingReporter final : public benchmark::ConsoleReporter {
 public:
@@ -222,6 +264,21 @@ int main(int argc, char** argv) {
         readReduced(state, background, 540);
     })->Unit(benchmark::kMillisecond);
 
+    const Bitmap flat = decoded("screenshot.png");
+    const Bitmap grain = canvas(3000, 3);
+    benchmark::RegisterBenchmark("display-p3/own/screenshot", [&](benchmark::State& state) {
+        convertOwn(state, flat);
+    })->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark("display-p3/lcms2/screenshot", [&](benchmark::State& state) {
+        convertByLcms(state, flat);
+    })->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark("display-p3/own/3000-grainy", [&](benchmark::State& state) {
+        convertOwn(state, grain);
+    })->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark("display-p3/lcms2/3000-grainy", [&](benchmark::State& state) {
+        convertByLcms(state, grain);
+    })->Unit(benchmark::kMillisecond);
+
     KeepingReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     std::printf("\nRatios (more is better; file sizes: less is better)\n");
@@ -235,6 +292,7 @@ int main(int argc, char** argv) {
     }
     for (const char* name : {"screenshot", "3000-grainy"}) {
         printRatio(reporter, std::string("read/own/") + name, std::string("read/libpng/") + name);
+        printRatio(reporter, std::string("display-p3/own/") + name, std::string("display-p3/lcms2/") + name);
     }
     return 0;
 }
