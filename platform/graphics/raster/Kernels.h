@@ -26,7 +26,7 @@ struct PhaseTable {
     /// Column tap t reads the whole position - columnTaps / 2 + 1 + t; row tap t reads it + rowStart + t.
     std::array<std::int8_t, phases> rowStart{};
     /// A line has columnTaps x 4 bytes: of each two taps the pair of weights, four times over, once for each channel.
-    /// The weights sum to 128, none is over 127.
+    /// The weights sum to 256, none is over 255.
     const std::uint8_t* columns = nullptr;
     /// A line has rowTaps x 8 numbers: each weight eight times over. They sum to 32768, none is over 32767.
     const std::int16_t* rows = nullptr;

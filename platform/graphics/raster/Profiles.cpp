@@ -102,7 +102,7 @@ std::array<double, mostTaps> weightsFrom(int first, int taps, double at, double 
 void addColumns(OwnedTable& owned, double at, double width, double otherWidth) {
     const int taps = owned.table.columnTaps;
     std::array<std::uint8_t, mostTaps> line{};
-    quantise(weightsFrom(1 - taps / 2, taps, at, width, otherWidth), 128, 127, line.data());
+    quantise(weightsFrom(1 - taps / 2, taps, at, width, otherWidth), 256, 255, line.data());
     for (std::size_t pair = 0; pair < static_cast<std::size_t>(taps); pair += 2) {
         for (int channel = 0; channel < 4; ++channel) {
             owned.columns.push_back(line[pair]);

@@ -47,7 +47,7 @@ void filterOnePixel(const Footprint& footprint, std::int32_t u, std::int32_t v, 
             const auto x = static_cast<std::size_t>(std::clamp(firstColumn + tap, 0, picture.width - 1));
             const int weight = footprint.columns->columnWeight(phaseU, tap);
             for (std::size_t channel = 0; channel < 4; ++channel) {
-                pairs[(tap >> 1) & 1][channel] += pixels[x * 4 + channel] * weight;
+                pairs[(tap >> 1) & 1][channel] += (pixels[x * 4 + channel] - 128) * weight;
             }
         }
         const int rowWeight = footprint.rows->rowWeight(phaseV, row);
@@ -57,7 +57,9 @@ void filterOnePixel(const Footprint& footprint, std::int32_t u, std::int32_t v, 
         }
     }
     for (int channel = 0; channel < 4; ++channel) {
-        out[channel] = static_cast<std::uint8_t>((sums[0][channel] + sums[1][channel] + 64) >> 7);
+        // Roundings may leave the 16 bits of a sum by a little.
+        const int sum = std::clamp(sums[0][channel] + sums[1][channel], -32768, 32767 - 128);
+        out[channel] = static_cast<std::uint8_t>(((sum + 128) >> 8) + 128);
     }
 }
 

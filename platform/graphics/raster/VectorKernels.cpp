@@ -30,29 +30,24 @@ using Shorts8 = hn::FixedTag<std::int16_t, 8>;
 using RowBytes = hn::CappedTag<std::uint8_t, 32>;
 using RowShorts = hn::CappedTag<std::int16_t, 16>;
 
-/// Of each two neighbouring bytes the sum of their products with two weights; weights are at most 127 and sum to at
-/// most 128, so that nothing overflows.
+/// Of each two neighbouring bytes the sum of their products with two weights: the bytes are signed, the weights are not
+/// and sum to at most 256, so that nothing overflows.
 template <class D16, class V8> HWY_INLINE hn::Vec<D16> multipliedPairs(D16 d16, V8 pixels, V8 weights) {
 #if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
     (void)d16;
-    return hn::Vec<D16>{_mm256_maddubs_epi16(pixels.raw, weights.raw)};
+    return hn::Vec<D16>{_mm256_maddubs_epi16(weights.raw, pixels.raw)};
 #elif HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_SSSE3
     (void)d16;
-    return hn::Vec<D16>{_mm_maddubs_epi16(pixels.raw, weights.raw)};
-#elif HWY_TARGET == HWY_NEON && HWY_ARCH_ARM_A64
-    (void)d16;
-    return hn::Vec<D16>{
-        vreinterpretq_s16_u16(vpaddq_u16(vmull_u8(vget_low_u8(pixels.raw), vget_low_u8(weights.raw)),
-                                         vmull_u8(vget_high_u8(pixels.raw), vget_high_u8(weights.raw))))};
+    return hn::Vec<D16>{_mm_maddubs_epi16(weights.raw, pixels.raw)};
 #else
     // Both bytes of a pair as 16-bit numbers.
     const hn::RebindToUnsigned<D16> u16;
-    const auto low = hn::Set(u16, std::uint16_t{0xFF});
-    const auto p = hn::BitCast(u16, pixels);
+    const auto p = hn::BitCast(d16, pixels);
     const auto w = hn::BitCast(u16, weights);
-    const auto even = hn::Mul(hn::And(p, low), hn::And(w, low));
-    const auto odd = hn::Mul(hn::ShiftRight<8>(p), hn::ShiftRight<8>(w));
-    return hn::BitCast(d16, hn::Add(even, odd));
+    const auto even = hn::Mul(hn::ShiftRight<8>(hn::ShiftLeft<8>(p)),
+                              hn::BitCast(d16, hn::And(w, hn::Set(u16, std::uint16_t{0xFF}))));
+    const auto odd = hn::Mul(hn::ShiftRight<8>(p), hn::BitCast(d16, hn::ShiftRight<8>(w)));
+    return hn::Add(even, odd);
 #endif
 }
 
@@ -153,7 +148,7 @@ template <class D> HWY_INLINE hn::Vec<D> loadedRows(D d, const std::uint8_t* fir
 template <class D> HWY_INLINE hn::Vec<Shorts8> foldedRows(D, hn::Vec<D> sums) {
     const Shorts8 half;
     if constexpr (hn::MaxLanes(D()) == 16) {
-        return hn::Add(hn::LowerHalf(half, sums), hn::UpperHalf(half, sums));
+        return hn::SaturatedAdd(hn::LowerHalf(half, sums), hn::UpperHalf(half, sums));
     } else {
         return sums;
     }
@@ -172,6 +167,7 @@ HWY_INLINE hn::Vec<Shorts8> filteredSums(const Footprint& footprint, const Offse
     alignas(32) static constexpr std::uint8_t pairing[32] = {0, 4, 1, 5, 2, 6, 3, 7, 8, 12, 9, 13, 10, 14, 11, 15,
                                                              0, 4, 1, 5, 2, 6, 3, 7, 8, 12, 9, 13, 10, 14, 11, 15};
     const auto pairs = hn::Load(dRows, pairing);
+    const auto signs = hn::Set(dRows, std::uint8_t{0x80});
     auto sum = hn::Zero(dShorts);
     for (int r = 0; r < rowTaps; r += rowsAtOnce) {
         const int second = r + rowsAtOnce - 1;
@@ -183,7 +179,8 @@ HWY_INLINE hn::Vec<Shorts8> filteredSums(const Footprint& footprint, const Offse
         for (std::ptrdiff_t at = 0; at < kGroups * 16; at += 16) {
             const auto pixels = loadedRows(dRows, pixelsA + at, pixelsB + at);
             const auto weights = loadedRows(dRows, weightsA + at, weightsB + at);
-            inRow = hn::Add(inRow, multipliedPairs(dShorts, hn::TableLookupBytes(pixels, pairs), weights));
+            const auto ordered = hn::Xor(hn::TableLookupBytes(pixels, pairs), signs);
+            inRow = hn::Add(inRow, multipliedPairs(dShorts, ordered, weights));
         }
         sum = hn::Add(sum, hn::MulFixedPoint15(inRow, hn::LoadU(dShorts, rowWeights + r * 8)));
         row += stride * rowsAtOnce;
@@ -195,8 +192,9 @@ HWY_INLINE hn::Vec<Shorts8> filteredSums(const Footprint& footprint, const Offse
 template <class V> HWY_INLINE hn::Vec<hn::FixedTag<std::uint8_t, 8>> roundedPixels(V a, V b) {
     const Shorts8 d16;
     const hn::FixedTag<std::uint8_t, 8> d8;
-    const auto sums = hn::Add(hn::ConcatLowerLower(d16, b, a), hn::ConcatUpperUpper(d16, b, a));
-    return hn::DemoteTo(d8, hn::ShiftRight<7>(hn::Add(sums, hn::Set(d16, std::int16_t{64}))));
+    const auto sums = hn::SaturatedAdd(hn::ConcatLowerLower(d16, b, a), hn::ConcatUpperUpper(d16, b, a));
+    const auto rounded = hn::ShiftRight<8>(hn::SaturatedAdd(sums, hn::Set(d16, std::int16_t{128})));
+    return hn::DemoteTo(d8, hn::Add(rounded, hn::Set(d16, std::int16_t{128})));
 }
 
 /// Pixels [from, to), whose footprints lie within the picture.
