@@ -54,8 +54,22 @@ Result<Image> openPicture(World& world, const std::string& name, Inputs& inputs)
     return opened;
 }
 
+/// Why a picture of that name cannot be shown, where the application looks for it.
+std::string whyNoPicture(World& world, const std::string& name) {
+    auto path = world.platform().bundle.pathForImageNamed(name);
+    if (!path) {
+        path = CatalogueDocument(world.platform()).pathOfDocument(name);
+    }
+    if (!path) {
+        return name + " is missing";
+    }
+    const auto image = imageFromFile(world.files(), *path, world.platform().imageLimits);
+    return name + ": " + (image ? std::string("cannot be shown") : image.reason());
+}
+
 /// What the mockup cannot use is an error, not a silence.
-Status checkJob(const RenderJob& job, const MockupDefinition& definition, const EditingViewController& editor) {
+Status checkJob(World& world, const RenderJob& job, const MockupDefinition& definition,
+                const EditingViewController& editor) {
     const std::size_t screens = definition.hasSecondScreen() ? 2 : 1;
     if (job.screenshots.size() != screens) {
         return Failure{job.mockup + ": takes " + (screens == 2 ? "two screenshots" : "one screenshot") + ", not " +
@@ -68,22 +82,13 @@ Status checkJob(const RenderJob& job, const MockupDefinition& definition, const 
         return Failure{job.mockup + ": an imported mockup with an author takes no glare"};
     }
     if (!editor.phone()->image()) {
-        return Failure{job.mockup + ": its frame picture " + lookupNameOfMockup(job.mockup) + " is missing"};
+        return Failure{job.mockup + ": its frame picture " + whyNoPicture(world, lookupNameOfMockup(job.mockup))};
     }
     return {};
 }
 
-Status checkCanvas(World& world, const RenderJob& job, const MockupDefinition& definition, const Inputs& inputs) {
-    const Size canvas = definition.canvasSize();
-    const ImageLimits& limits = world.platform().imageLimits;
-    if (canvas.width < 1 || canvas.height < 1) {
-        return Failure{job.mockup + ": its canvas has no extent"};
-    }
-    const ImageLimits announced;
-    if (canvas.width > limits.side || canvas.height > limits.side ||
-        canvas.width * canvas.height > static_cast<double>(announced.pixels)) {
-        return Failure{job.mockup + ": its canvas is over the limit"};
-    }
+/// The canvas and the decoded pictures, four bytes a pixel.
+Status checkMemory(World& world, const RenderJob& job, Size canvas, const Inputs& inputs) {
     double bytes = canvas.width * canvas.height * 4;
     for (const auto& [name, image] : inputs.opened) {
         bytes += static_cast<double>(image.pixelSize().area()) * 4;
@@ -94,6 +99,18 @@ Status checkCanvas(World& world, const RenderJob& job, const MockupDefinition& d
                        mebibytes(ceiling) + " (see --memory)"};
     }
     return {};
+}
+
+Status checkCanvas(World& world, const RenderJob& job, Size canvas) {
+    const ImageLimits announced;
+    if (canvas.width < 1 || canvas.height < 1) {
+        return Failure{job.mockup + ": its canvas has no extent"};
+    }
+    if (canvas.width > announced.side || canvas.height > announced.side ||
+        canvas.width * canvas.height > static_cast<double>(announced.pixels)) {
+        return Failure{job.mockup + ": its canvas is over the limit"};
+    }
+    return checkMemory(world, job, canvas, {});
 }
 
 Result<Inputs> openInputs(World& world, const RenderJob& job, PixelSize canvas) {
@@ -214,16 +231,19 @@ Result<RenderReport> renderMockup(World& world, const RenderJob& job) {
     HeadlessHost host(navigation, world.queue());
 
     const MockupDefinition definition(editor->editInfo()[job.mockup]);
-    if (const auto checked = checkJob(job, definition, *editor); !checked) {
+    const Size canvas = definition.canvasSize();
+    if (const auto checked = checkCanvas(world, job, canvas); !checked) {
         return Failure{checked.reason()};
     }
-    const Size canvas = definition.canvasSize();
+    if (const auto checked = checkJob(world, job, definition, *editor); !checked) {
+        return Failure{checked.reason()};
+    }
     const PixelSize shape{static_cast<int>(canvas.width), static_cast<int>(canvas.height)};
     const auto inputs = openInputs(world, job, shape);
     if (!inputs) {
         return Failure{inputs.reason()};
     }
-    if (const auto checked = checkCanvas(world, job, definition, *inputs); !checked) {
+    if (const auto checked = checkMemory(world, job, canvas, *inputs); !checked) {
         return Failure{checked.reason()};
     }
     if (const auto pressed = pressGlare(job, *editor); !pressed) {
