@@ -191,4 +191,5 @@ def main():
     sys.stdin.read()
 
 
-main()
+if __name__ == "__main__":
+    main()
