@@ -16,7 +16,7 @@ TEST(NamesTest, distanceCountsInsertionsDeletionsReplacementsAndSwaps) {
 
 TEST(NamesTest, nearestNamesComeNearestFirstAndEachOnce) {
     const std::vector<std::string> names{"tablet.png", "phone.png", "phone-large.png", "phone.png", "watch.png"};
-    EXPECT_EQ(nearestNames("phome.png", names), (std::vector<std::string>{"phone.png", "watch.png", "tablet.png"}));
+    EXPECT_EQ(nearestNames("phome.png", names), (std::vector<std::string>{"phone.png", "tablet.png", "watch.png"}));
 }
 
 TEST(NamesTest, fewerCandidatesGiveFewerNames) {
