@@ -8,6 +8,7 @@
 #include <libdeflate.h>
 #include <zlib.h>
 
+#include <algorithm>
 #include <array>
 #include <optional>
 
@@ -96,6 +97,7 @@ bool openEnd(std::vector<std::byte>& out, std::size_t begin) {
 struct PieceDeflater::State {
     DeflateEffort effort = DeflateEffort::fast;
     std::vector<std::uint8_t> tokens;
+    std::vector<std::byte> room; // kept from piece to piece: fresh memory costs more than copying out of this
     isal_zstream stream{};
     std::unique_ptr<libdeflate_compressor, FreeCompressor> compressor;
 
@@ -128,18 +130,16 @@ bool PieceDeflater::State::deflateFast(std::span<const std::uint8_t> piece, bool
     stream.avail_in = static_cast<std::uint32_t>(piece.size());
     stream.end_of_stream = isLast ? 1 : 0;
     stream.flush = FULL_FLUSH;
-    std::size_t written = out.size();
-    std::size_t room = piece.size() / 2 + 4096;
+    room.resize(std::max(room.size(), piece.size() / 2 + 4096));
     do {
-        out.resize(written + room);
-        stream.next_out = reinterpret_cast<std::uint8_t*>(out.data()) + written;
-        stream.avail_out = static_cast<std::uint32_t>(room);
+        stream.next_out = reinterpret_cast<std::uint8_t*>(room.data());
+        stream.avail_out = static_cast<std::uint32_t>(room.size());
         if (isal_deflate(&stream) != COMP_OK) {
             return false;
         }
-        written += room - stream.avail_out;
+        const auto written = static_cast<std::ptrdiff_t>(room.size() - stream.avail_out);
+        out.insert(out.end(), room.begin(), room.begin() + written);
     } while (stream.avail_out == 0);
-    out.resize(written);
     return stream.avail_in == 0;
 }
 

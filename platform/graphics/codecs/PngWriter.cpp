@@ -213,6 +213,8 @@ public:
         const auto rows = static_cast<int>(std::min<std::size_t>(wanted / rowBytes, mostBandRows));
         bandRows_ = std::clamp(rows, leastBandRows, mostBandRows);
         bandCount_ = (source.size.height + bandRows_ - 1) / bandRows_;
+        // Most pictures come out smaller; what is not used is never touched.
+        out_.reserve(rowBytes * static_cast<std::size_t>(source.size.height) / 3 + 1024);
     }
 
     [[nodiscard]] Result<Bytes> encode(int threads) {
