@@ -53,10 +53,18 @@ struct Wanted {
 };
 
 void decode(std::vector<Wanted>& pictures, int threads) {
+    // The longest documents first, so that the threads end together.
+    std::vector<Wanted*> order;
+    for (Wanted& picture : pictures) {
+        order.push_back(&picture);
+    }
+    std::stable_sort(order.begin(), order.end(), [](const Wanted* a, const Wanted* b) {
+        return a->source->encodedBytes().size() > b->source->encodedBytes().size();
+    });
     std::atomic<std::size_t> next = 0;
     const auto work = [&] {
-        for (std::size_t i = next++; i < pictures.size(); i = next++) {
-            pictures[i].bitmap = pictures[i].source->bitmapOfAtLeast(pictures[i].size);
+        for (std::size_t i = next++; i < order.size(); i = next++) {
+            order[i]->bitmap = order[i]->source->bitmapOfAtLeast(order[i]->size);
         }
     };
     std::vector<std::jthread> helpers;
