@@ -229,7 +229,7 @@ def atlas(size):
     page.text(10, y0, "Seven stops", 6, (24, 26, 30), "Bold")
     for k, stop in enumerate(("Old observatory", "Lemon market", "The long bridge", "Reading garden", "Boat sheds")):
         y = y0 + 13 + 11.5 * k
-        if y > page.h - 14:
+        if y > (page.h - 14 if page.w > page.h else page.h * 0.96 - 8):
             break
         page.dot(13, y + 2, 2.4, (11, 122, 117))
         page.text(19, y + 2, stop, 3.6, (40, 44, 48), "Medium", "lm")
