@@ -28,6 +28,18 @@ Rect centredAt(Point center, Size size) {
     return makeRect(center.x - size.width / 2, center.y - size.height / 2, size.width, size.height);
 }
 
+/// The glare's rectangle of the full canvas, on the preview's.
+Rect placedGlare(const MockupDefinition& definition, const Rect& canvas) {
+    const Size whole = definition.canvasSize();
+    if (!(whole.width > 0 && whole.height > 0))
+        return {};
+    const Rect glare = definition.glareRect();
+    const double x = canvas.size.width / whole.width;
+    const double y = canvas.size.height / whole.height;
+    return makeRect(canvas.origin.x + glare.origin.x * x, canvas.origin.y + glare.origin.y * y, glare.size.width * x,
+                    glare.size.height * y);
+}
+
 } // namespace
 
 std::shared_ptr<View> EditingViewController::loadView() {
@@ -65,8 +77,8 @@ std::shared_ptr<Button> EditingViewController::makeToolButton(std::string toolTi
     return button;
 }
 
-/// Background, frame and overlay take the canvas's shape and share the preview square's centre, so that the preview
-/// lines up with the saved picture.
+/// Background and frame take the canvas's shape and share the preview square's centre, and the overlay stands where the
+/// composition draws the glare, so that the preview lines up with the saved picture.
 void EditingViewController::layOutFixedViews() {
     const Size screen = platform().screen.size;
     const Point center{screen.width / 2, (screen.height - toolBarHeight) / 2};
@@ -75,6 +87,8 @@ void EditingViewController::layOutFixedViews() {
         view->contentMode = ContentMode::scaleToFill;
         view->setFrame(canvas);
     }
+    if (const Rect glare = placedGlare(definition(), canvas); glare.size.width > 0 && glare.size.height > 0)
+        overlay_->setFrame(glare);
     for (const auto& view : {inside1_, inside2_})
         view->setFrame(centredAt(center, {previewSide, previewSide}));
     // A composition of a one-screen mockup leaves this flag alone, so it decides here whether the radius shows.

@@ -323,6 +323,14 @@ TEST(EditorLayout, frameBackgroundAndOverlayTakeTheCanvasShapeAroundOneCentre) {
     EXPECT_EQ(session.state.previewContainer->center(), editor->background()->center());
 }
 
+TEST(EditorLayout, overlayStandsWhereTheCompositionDrawsTheGlare) {
+    EditorSession session;
+    session.mockup(withGlare(plainMockup(), "glare.png", makeRect(15, 20, 30, 40)));
+    const auto editor = session.open();
+    const Rect canvas = editor->background()->frame();
+    EXPECT_EQ(editor->overlay()->frame(), makeRect(canvas.origin.x + 56.25, canvas.origin.y + 75, 112.5, 150));
+}
+
 TEST(EditorLayout, canvasWithoutAnExtentGetsTheWholeSquare) {
     EditorSession session;
     session.mockup(withSize(plainMockup(), "finalFrame", 0, -5));
