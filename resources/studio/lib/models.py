@@ -117,6 +117,16 @@ def tube(name, path, radius, look, matrix, sides=24):
     return loft(name, rings, look, matrix)
 
 
+def dome(name, centre, radius, height, look, matrix, sides=56):
+    """A low round cap, so that a lens mirrors more than one spot of the room."""
+    turns = np.linspace(0, 2 * math.pi, sides, endpoint=False)
+    rings = []
+    for angle in np.radians(np.linspace(0, 84, 9)):
+        r = radius * math.cos(angle)
+        rings.append(np.column_stack([r * np.cos(turns), r * np.sin(turns), np.full(sides, height * math.sin(angle))]) + np.array(centre))
+    return loft(name, rings, look, matrix)
+
+
 def holdout_material():
     name = "holdout"
     if name in bpy.data.materials:
@@ -212,12 +222,13 @@ def back_of_phone(item, matrix, name):
     slab(name + "-panel", (w - 2.2, h - 2.2), radius - 1.1, 0.5, panel, matrix @ turn, bevel=0.3, centre=(0, 0, 0.12), steps=4)
     island = (x + 18, h / 2 - 27)
     slab(name + "-island", (23, 43), 11.4, 1.6, panel, matrix @ turn, bevel=0.8, centre=(*island, 1.5), steps=6)
-    lens = material("back-lens", (0.004, 0.005, 0.008), 0, 0.04, 0.9)
+    lens = material("back-lens", (0.004, 0.007, 0.016), 0, 0.05, 0.6)
     for dy in (10.2, -10.2):
         cx, cy = island[0], island[1] + dy
         tube(f"{name}-ring{dy}", ((cx, cy, 1.0), (cx, cy, 2.5)), 8.2, look, matrix @ turn, sides=64)
         tube(f"{name}-rim{dy}", ((cx, cy, 1.0), (cx, cy, 2.56)), 7.2, black_glass(), matrix @ turn, sides=64)
-        tube(f"{name}-lens{dy}", ((cx, cy, 1.0), (cx, cy, 2.60)), 3.6, lens, matrix @ turn, sides=48)
+        tube(f"{name}-iris{dy}", ((cx, cy, 1.0), (cx, cy, 2.60)), 4.7, material("iris", (0.02, 0.021, 0.024), 0.3, 0.4), matrix @ turn, sides=56)
+        dome(f"{name}-lens{dy}", (cx, cy, 2.55), 3.8, 1.1, lens, matrix @ turn)
     lamp = material("lamp", (0.75, 0.7, 0.55), 0, 0.25)
     tube(name + "-lamp", ((island[0] + 17, island[1] + 10, 0.1), (island[0] + 17, island[1] + 10, 0.25)), 2.4, lamp, matrix @ turn)
 
