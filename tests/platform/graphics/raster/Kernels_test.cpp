@@ -1,7 +1,7 @@
 // Every kind of processor's kernels against the scalar twin, to the bit: odd lengths, offsets, guard bytes.
 #include "platform/graphics/raster/Kernels.h"
 
-#include "../codecs/EveryTarget.h"
+#include "EveryTarget.h"
 #include "platform/graphics/raster/Profiles.h"
 
 #include <gtest/gtest.h>
