@@ -1,7 +1,6 @@
 // The hot loops, apart from the plain logic: what they compute is fixed to the bit, however fast they do it.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -23,8 +22,9 @@ constexpr int mostTaps = 16;
 struct PhaseTable {
     int columnTaps = 4; // 4, 8, 12 or 16
     int rowTaps = 2;    // even, up to 16
-    /// Column tap t reads the whole position - columnTaps / 2 + 1 + t; row tap t reads it + rowStart + t.
-    std::array<std::int8_t, phases> rowStart{};
+    /// Column tap t reads the whole position - columnTaps / 2 + 1 + t; row tap t reads it + rowStart(phase) + t.
+    int firstRowStart = 0;
+    int laterRowStartsFrom = phases; // from this phase on, rows start one later
     /// A line has columnTaps x 4 bytes: of each two taps the pair of weights, four times over, once for each channel.
     /// The weights sum to 256, none is over 255.
     const std::uint8_t* columns = nullptr;
@@ -33,6 +33,7 @@ struct PhaseTable {
 
     [[nodiscard]] std::ptrdiff_t columnLine() const { return columnTaps * 4; }
     [[nodiscard]] std::ptrdiff_t rowLine() const { return rowTaps * 8; }
+    [[nodiscard]] int rowStart(int phase) const { return firstRowStart + (phase >= laterRowStartsFrom ? 1 : 0); }
     [[nodiscard]] std::uint8_t columnWeight(int phase, int tap) const {
         return columns[phase * columnLine() + (tap / 2) * 8 + tap % 2];
     }

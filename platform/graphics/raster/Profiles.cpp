@@ -111,11 +111,15 @@ void addColumns(OwnedTable& owned, double at, double width, double otherWidth) {
     }
 }
 
-void addRows(OwnedTable& owned, std::size_t phase, double at, double width, double otherWidth) {
+void addRows(OwnedTable& owned, int phase, double at, double width, double otherWidth) {
     const int first = static_cast<int>(std::floor(at - (width + otherWidth + 2) / 2)) + 1;
     std::array<std::int16_t, mostTaps> line{};
     quantise(weightsFrom(first, owned.table.rowTaps, at, width, otherWidth), 32768, 32767, line.data());
-    owned.table.rowStart[phase] = static_cast<std::int8_t>(first);
+    if (phase == 0) {
+        owned.table.firstRowStart = first;
+    } else if (first > owned.table.firstRowStart) {
+        owned.table.laterRowStartsFrom = std::min(owned.table.laterRowStartsFrom, phase);
+    }
     for (std::size_t tap = 0; tap < static_cast<std::size_t>(owned.table.rowTaps); ++tap) {
         owned.rows.insert(owned.rows.end(), 8, line[tap]);
     }
@@ -126,7 +130,7 @@ std::unique_ptr<const OwnedTable> makeTable(double width, double otherWidth) {
     owned->table.columnTaps = tapsForWidths(width + otherWidth);
     const int rowTaps = static_cast<int>(std::ceil(width + otherWidth + 2));
     owned->table.rowTaps = rowTaps + rowTaps % 2;
-    for (std::size_t phase = 0; phase < phases; ++phase) {
+    for (int phase = 0; phase < phases; ++phase) {
         const double at = static_cast<double>(phase) / phases;
         addColumns(*owned, at, width, otherWidth);
         addRows(*owned, phase, at, width, otherWidth);

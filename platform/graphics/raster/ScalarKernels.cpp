@@ -31,7 +31,7 @@ void filterOnePixel(const Footprint& footprint, std::int32_t u, std::int32_t v, 
     const PixelView& picture = footprint.picture;
     const int columnTaps = footprint.columns->columnTaps;
     const int phaseV = v & (phases - 1);
-    const int rowStart = footprint.rows->rowStart[static_cast<std::size_t>(phaseV)];
+    const int rowStart = footprint.rows->rowStart(phaseV);
     const int firstRow = (v >> phaseBits) + rowStart;
     // Even and odd pairs of columns are summed apart, as the wide registers do it, so that roundings agree.
     int sums[2][4] = {};

@@ -78,7 +78,6 @@ void projectPositions(const ProjectedRow& row, int left, int count, std::int32_t
 
 /// Where every pixel's footprint lies: its first row, its weights, and the bytes at which its rows begin.
 struct Offsets {
-    HWY_ALIGN std::int32_t shifts[longestSegment];
     HWY_ALIGN std::int32_t firstRows[longestSegment];
     HWY_ALIGN std::int32_t rowWeights[longestSegment];
     HWY_ALIGN std::int32_t pixels[mostTaps][longestSegment];
@@ -89,49 +88,55 @@ struct Offsets {
 HWY_INLINE void findOffsets(const Footprint& footprint, const std::int32_t* u, const std::int32_t* v, int count,
                             Offsets& offsets) {
     const PhaseTable& rows = *footprint.rows;
-    int lowestRow = footprint.picture.height;
-    int highestRow = -1;
-    for (int i = 0; i < count; ++i) {
-        const int phase = v[i] & (phases - 1);
-        const int start = rows.rowStart[static_cast<std::size_t>(phase)];
-        offsets.shifts[i] = footprint.shear * (start * phases - phase) + 0x8000;
-        offsets.firstRows[i] = (v[i] >> phaseBits) + start;
-        offsets.rowWeights[i] = phase * static_cast<int>(rows.rowLine());
-        lowestRow = std::min(lowestRow, offsets.firstRows[i]);
-        highestRow = std::max(highestRow, offsets.firstRows[i]);
-    }
-    // Whole vectors: what lies beyond `count` repeats the last pixel and is not looked at.
     const hn::CappedTag<std::int32_t, 16> d;
     const auto lanes = static_cast<int>(hn::Lanes(d));
-    HWY_ALIGN std::int32_t positions[longestSegment];
-    std::memcpy(positions, u, static_cast<std::size_t>(count) * sizeof *u);
+    // Whole vectors: what lies beyond `count` repeats the last pixel and is not looked at.
+    HWY_ALIGN std::int32_t columns[longestSegment];
+    HWY_ALIGN std::int32_t lines[longestSegment];
+    std::memcpy(columns, u, static_cast<std::size_t>(count) * sizeof *u);
+    std::memcpy(lines, v, static_cast<std::size_t>(count) * sizeof *v);
     for (int i = count; i % lanes != 0; ++i) {
-        positions[i] = u[count - 1];
-        offsets.shifts[i] = offsets.shifts[count - 1];
+        columns[i] = u[count - 1];
+        lines[i] = v[count - 1];
     }
+    const auto shear = hn::Set(d, footprint.shear);
     const auto step = hn::Set(d, footprint.shear * phases);
     const auto start = hn::Set(d, 1 - footprint.columns->columnTaps / 2);
     const auto line = hn::Set(d, static_cast<std::int32_t>(footprint.columns->columnLine()));
+    const auto rowLine = hn::Set(d, static_cast<std::int32_t>(rows.rowLine()));
     const auto phaseMask = hn::Set(d, phases - 1);
     auto lowest = hn::Zero(d);
     auto highest = hn::Zero(d);
+    auto lowestRow = hn::Zero(d);
+    auto highestRow = hn::Zero(d);
     for (int i = 0; i < count; i += lanes) {
-        auto shift = hn::Load(d, offsets.shifts + i);
-        const auto position = hn::Load(d, positions + i);
+        const auto position = hn::Load(d, columns + i);
+        const auto at = hn::Load(d, lines + i);
+        const auto phase = hn::And(at, phaseMask);
+        const auto later = hn::VecFromMask(d, hn::Gt(phase, hn::Set(d, rows.laterRowStartsFrom - 1)));
+        const auto rowStart = hn::Sub(hn::Set(d, rows.firstRowStart), later);
+        const auto firstRow = hn::Add(hn::ShiftRight<phaseBits>(at), rowStart);
+        lowestRow = hn::Min(lowestRow, firstRow);
+        highestRow = hn::Max(highestRow, firstRow);
+        hn::Store(firstRow, d, offsets.firstRows + i);
+        hn::Store(hn::Mul(phase, rowLine), d, offsets.rowWeights + i);
+        auto shift = hn::Add(hn::Mul(shear, hn::Sub(hn::ShiftLeft<phaseBits>(rowStart), phase)), hn::Set(d, 0x8000));
         for (int row = 0; row < rows.rowTaps; ++row) {
-            const auto at = hn::Add(position, hn::ShiftRight<16>(shift));
-            const auto bytes = hn::ShiftLeft<2>(hn::Add(hn::ShiftRight<phaseBits>(at), start));
+            const auto shifted = hn::Add(position, hn::ShiftRight<16>(shift));
+            const auto bytes = hn::ShiftLeft<2>(hn::Add(hn::ShiftRight<phaseBits>(shifted), start));
             lowest = hn::Min(lowest, bytes);
             highest = hn::Max(highest, bytes);
             hn::Store(bytes, d, offsets.pixels[row] + i);
-            hn::Store(hn::Mul(hn::And(at, phaseMask), line), d, offsets.weights[row] + i);
+            hn::Store(hn::Mul(hn::And(shifted, phaseMask), line), d, offsets.weights[row] + i);
             shift = hn::Add(shift, step);
         }
     }
     const int widthOfTaps = (footprint.picture.width - footprint.columns->columnTaps) * 4;
-    offsets.allInside = lowestRow >= 0 && highestRow + rows.rowTaps <= footprint.picture.height &&
-                        hn::AllFalse(d, hn::Lt(lowest, hn::Zero(d))) &&
-                        hn::AllFalse(d, hn::Gt(highest, hn::Set(d, widthOfTaps)));
+    const int lastFirstRow = footprint.picture.height - rows.rowTaps;
+    offsets.allInside = widthOfTaps >= 0 && lastFirstRow >= 0 && hn::AllFalse(d, hn::Lt(lowest, hn::Zero(d))) &&
+                        hn::AllFalse(d, hn::Gt(highest, hn::Set(d, widthOfTaps))) &&
+                        hn::AllFalse(d, hn::Lt(lowestRow, hn::Zero(d))) &&
+                        hn::AllFalse(d, hn::Gt(highestRow, hn::Set(d, lastFirstRow)));
 }
 
 /// Sixteen bytes of one row, or of two rows one above the other.
@@ -197,6 +202,8 @@ template <class V> HWY_INLINE hn::Vec<hn::FixedTag<std::uint8_t, 8>> roundedPixe
     return hn::DemoteTo(d8, hn::Add(rounded, hn::Set(d16, std::int16_t{128})));
 }
 
+constexpr int rowsAhead = 8;
+
 /// Pixels [from, to), whose footprints lie within the picture.
 template <int kGroups>
 HWY_INLINE void filterInside(const Footprint& footprint, const Offsets& offsets, int rowTaps, int from, int to,
@@ -204,6 +211,12 @@ HWY_INLINE void filterInside(const Footprint& footprint, const Offsets& offsets,
     const hn::FixedTag<std::uint8_t, 8> d8;
     int i = from;
     for (; i + 2 <= to; i += 2) {
+        // The lines that canvas rows further down will read, one for about each 16 of the picture's pixels.
+        if (i % 8 == 0) {
+            const int row = std::min(offsets.firstRows[i] + rowsAhead, footprint.picture.height - 1);
+            __builtin_prefetch(footprint.picture.pixels + static_cast<std::size_t>(row) * footprint.picture.stride +
+                               offsets.pixels[0][i]);
+        }
         hn::StoreU(roundedPixels(filteredSums<kGroups>(footprint, offsets, rowTaps, i),
                                  filteredSums<kGroups>(footprint, offsets, rowTaps, i + 1)),
                    d8, out + static_cast<std::ptrdiff_t>(i) * 4);
