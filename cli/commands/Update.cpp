@@ -47,6 +47,17 @@ std::string failureOfPicture(World& world, const WatchedWebClient& web, const Va
     return why.empty() ? world.files().failureOf(appendPathComponent(world.platform().documentsDirectory, name)) : why;
 }
 
+/// How many of the listed pictures will be asked for.
+std::size_t picturesToFetch(const Platform& platform, const Value& catalogue) {
+    std::size_t count = 0;
+    for (const auto& listed : catalogue["otaImages"].elements()) {
+        const std::string& name = listed.stringValue();
+        const bool isHeld = platform.bundle.pathForResource(deletePathExtension(name), "png").has_value();
+        count += isPlainFileName(name) && !isHeld ? 1U : 0U;
+    }
+    return count;
+}
+
 void warnOfPictures(World& world, const WatchedWebClient& web) {
     constexpr int mostLines = 10;
     int lines = 0;
@@ -126,7 +137,7 @@ ExitStatus runUpdate(const GlobalOptions& options, bool checkOnly) {
         return ExitStatus::done;
     }
 
-    web.announce(web.catalogue()["otaImages"].count());
+    web.announce(picturesToFetch(platform, web.catalogue()));
     // The button's action, called for its report.
     const UpdateReport report = list.update();
     warnOfPictures(**world, web);
