@@ -73,6 +73,11 @@ function(add_module_test)
   target_link_libraries(${TEST_NAME} PRIVATE quillomat_warnings ${TEST_DEPENDS} ${TEST_LIBRARIES} GTest::gmock_main Threads::Threads)
   target_compile_definitions(${TEST_NAME} PRIVATE
     QUILLOMAT_SOURCE_DIR="${CMAKE_SOURCE_DIR}" QUILLOMAT_BINARY_DIR="${CMAKE_BINARY_DIR}")
+  # The tests' own code needs neither speed nor checks for undefined behaviour, and is half of what there is to build.
+  target_compile_options(${TEST_NAME} PRIVATE $<$<NOT:$<CONFIG:Debug>>:-O1>)
+  if(QUILLOMAT_SANITIZE MATCHES "undefined")
+    target_compile_options(${TEST_NAME} PRIVATE -fno-sanitize=undefined)
+  endif()
   set_target_properties(${TEST_NAME} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
   gtest_discover_tests(${TEST_NAME} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300)
 endfunction()
