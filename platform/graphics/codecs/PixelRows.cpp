@@ -101,19 +101,7 @@ constexpr std::uint8_t overAlpha(unsigned color, unsigned alpha) {
     return static_cast<std::uint8_t>(std::min(255U, (color * 255 + alpha / 2) / alpha));
 }
 
-} // namespace
-
-void premultiply(const std::uint8_t* straight, std::uint8_t* premultiplied, std::size_t pixels) {
-    HWY_DYNAMIC_DISPATCH(Premultiply)(straight, premultiplied, pixels);
-}
-
-void makeOpaque(const std::uint8_t* rgbx, std::uint8_t* rgba, std::size_t pixels) {
-    HWY_DYNAMIC_DISPATCH(MakeOpaque)(rgbx, rgba, pixels);
-}
-
-void unpremultiply(const std::uint8_t* premultiplied, std::uint8_t* straight, std::size_t pixels) {
-    const std::uint8_t* from = premultiplied;
-    std::uint8_t* to = straight;
+void unpremultiplyEach(const std::uint8_t* from, std::uint8_t* to, std::size_t pixels) {
     for (std::size_t i = 0; i < pixels; ++i, from += 4, to += 4) {
         const unsigned alpha = from[3];
         if (alpha == 255) {
@@ -127,6 +115,40 @@ void unpremultiply(const std::uint8_t* premultiplied, std::uint8_t* straight, st
             to[3] = from[3];
         }
     }
+}
+
+} // namespace
+
+void premultiply(const std::uint8_t* straight, std::uint8_t* premultiplied, std::size_t pixels) {
+    HWY_DYNAMIC_DISPATCH(Premultiply)(straight, premultiplied, pixels);
+}
+
+void makeOpaque(const std::uint8_t* rgbx, std::uint8_t* rgba, std::size_t pixels) {
+    HWY_DYNAMIC_DISPATCH(MakeOpaque)(rgbx, rgba, pixels);
+}
+
+void unpremultiply(const std::uint8_t* premultiplied, std::uint8_t* straight, std::size_t pixels) {
+    // Most pixels are opaque or empty, and so are most of their neighbours.
+    constexpr std::size_t together = 8;
+    std::size_t i = 0;
+    for (; i + together <= pixels; i += together) {
+        const std::uint8_t* from = premultiplied + i * 4;
+        std::uint8_t* to = straight + i * 4;
+        unsigned all = 255;
+        unsigned any = 0;
+        for (std::size_t k = 0; k < together; ++k) {
+            all &= from[k * 4 + 3];
+            any |= from[k * 4 + 3];
+        }
+        if (all == 255) {
+            std::memmove(to, from, together * 4);
+        } else if (any == 0) {
+            std::memset(to, 0, together * 4);
+        } else {
+            unpremultiplyEach(from, to, together);
+        }
+    }
+    unpremultiplyEach(premultiplied + i * 4, straight + i * 4, pixels - i);
 }
 
 bool allOpaque(const std::uint8_t* rgba, std::size_t pixels) {

@@ -54,6 +54,23 @@ TEST(PixelRows, everyPremultipliedColorSurvivesBeingMadeStraight) {
     }
 }
 
+TEST(PixelRows, straightColorsAreTheNearestOnesAmongOpaqueAndEmptyOnes) {
+    std::vector<std::uint8_t> row;
+    for (int i = 0; i < 203; ++i) {
+        const int alpha = i % 31 < 12 ? 255 : i % 31 < 24 ? 0 : i;
+        for (const int value : {alpha / 2, alpha, alpha / 5, alpha}) {
+            row.push_back(static_cast<std::uint8_t>(value));
+        }
+    }
+    std::vector<std::uint8_t> out(row.size());
+    codecs::unpremultiply(row.data(), out.data(), row.size() / 4);
+    for (std::size_t i = 0; i < row.size(); ++i) {
+        const int alpha = row[i / 4 * 4 + 3];
+        const double exact = i % 4 == 3 ? alpha : alpha == 0 ? 0 : std::min(255.0, row[i] * 255.0 / alpha);
+        EXPECT_EQ(out[i], static_cast<int>(std::floor(exact + 0.5))) << i;
+    }
+}
+
 TEST(PixelRows, rowsAreMadeOpaqueAtEveryWidth) {
     onEveryTarget([](const char* target) {
         for (std::size_t pixels = 0; pixels < 80; ++pixels) {
