@@ -49,6 +49,7 @@ struct RunSettings {
     std::map<std::string, std::string> environment = {};
     std::string input = {};                                // standard input
     std::string output = {};                               // a file to take standard output instead
+    std::string errors = {};                               // a file to take standard error instead
     std::optional<rlim_t> fileSize = {};                   // the size no file may grow beyond, as on a full disk
     std::chrono::milliseconds limit{60000};                // after that it is killed
     std::function<bool()> killWhen = [] { return false; }; // killed, without a chance to tidy up, when this says so
@@ -122,7 +123,7 @@ inline Ran runProgram(const TemporaryFolder& scratch, Words words, const RunSett
     static int number = 0;
     const std::string stem = "run-" + std::to_string(++number);
     const std::string input = scratch.add(stem + ".in", settings.input);
-    const std::string errors = scratch.path(stem + ".err");
+    const std::string errors = settings.errors.empty() ? scratch.path(stem + ".err") : settings.errors;
     const std::string output = settings.output.empty() ? scratch.path(stem + ".out") : settings.output;
     words.insert(words.begin(), programPath());
     std::map<std::string, std::string> variables{{"HOME", scratch.path("home")}, {"PATH", "/usr/bin:/bin"}};
@@ -157,9 +158,40 @@ inline Ran runProgram(const TemporaryFolder& scratch, Words words, const RunSett
     }
     ran.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     ran.out = settings.output.empty() ? contentOfFile(output) : std::string();
-    ran.err = contentOfFile(errors);
+    ran.err = settings.errors.empty() ? contentOfFile(errors) : std::string();
     return ran;
 }
+
+/// A terminal for a program to write to.
+class Terminal {
+public:
+    Terminal() : master_(::posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK)) {
+        if (::grantpt(master_) == 0 && ::unlockpt(master_) == 0) {
+            name_ = ::ptsname(master_);
+        }
+        // Open as long as the test looks at it, so that nothing is lost when the program ends.
+        slave_ = ::open(name_.c_str(), O_RDWR | O_NOCTTY);
+    }
+    Terminal(const Terminal&) = delete;
+    Terminal& operator=(const Terminal&) = delete;
+    ~Terminal() {
+        ::close(slave_);
+        ::close(master_);
+    }
+
+    [[nodiscard]] const std::string& name() const { return name_; }
+    /// What has been written so far.
+    [[nodiscard]] std::string text() const {
+        std::string text(65536, '\0');
+        text.resize(static_cast<std::size_t>(std::max<ssize_t>(::read(master_, text.data(), text.size()), 0)));
+        return text;
+    }
+
+private:
+    int master_;
+    int slave_ = -1;
+    std::string name_;
+};
 
 /// A documents folder of the test's own over the catalogue of the fixtures.
 class CommandTest : public ::testing::Test {

@@ -19,6 +19,14 @@ TEST_F(ListTest, eachMockupIsALineOfRowNameCanvasScreensAndCredit) {
     EXPECT_TRUE(ran.out.ends_with("\nImported\tholiday.png\t60 x 80\t1 screen\tAda\n")) << ran.out;
 }
 
+TEST_F(ListTest, onATerminalColumnsAreAligned) {
+    const testing::Terminal terminal;
+    EXPECT_EQ(run({"list"}, {.output = terminal.name()}).status, 0);
+    const std::string text = terminal.text();
+    EXPECT_TRUE(text.starts_with("Phones  upright.png      480 x 480    1 screen\r\n")) << text;
+    EXPECT_EQ(text.find('\t'), std::string::npos);
+}
+
 TEST_F(ListTest, jsonHasRowsWithTheirMockups) {
     import("holiday");
     import("plain", "");

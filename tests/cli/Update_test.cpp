@@ -182,6 +182,12 @@ TEST_F(UpdateFaultsTest, withoutFaultsEverythingArrives) {
                                     catalogueOnLong + "\n" + catalogueOnShort + "\n");
 }
 
+TEST_F(UpdateFaultsTest, progressShowsOnATerminalAlone) {
+    const testing::Terminal terminal;
+    EXPECT_EQ(update({.errors = terminal.name()}).status, 0);
+    EXPECT_EQ(terminal.text(), "\rpictures: 1 of 2\rpictures: 2 of 2\r\n");
+}
+
 TEST_F(UpdateFaultsTest, aCatalogueThatDoesNotArriveIsSaidAndNothingChanges) {
     for (const char* fault : {"/404", "/500", "/empty", "/truncated", "/truncated-gzip", "/reset", "/closed-at-once",
                               "/longer-than-announced", "/not-http", "/redirect-to-http", "/redirect-loop",
