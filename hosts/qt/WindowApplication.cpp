@@ -95,10 +95,14 @@ void registerHostTypes(Shell& shell) {
     qmlRegisterUncreatableType<EditorScreen>(module, 1, 0, "EditorScreen", QStringLiteral("made by the shell"));
 }
 
+void WindowApplication::equip(QQmlEngine& engine) {
+    engine.addImageProvider(QStringLiteral("core"),
+                            new CoreImageProvider(shell_.sharedPictures(), platform_.imageLimits));
+}
+
 Status WindowApplication::show() {
     registerHostTypes(shell_);
-    engine_.addImageProvider(QStringLiteral("core"),
-                             new CoreImageProvider(shell_.sharedPictures(), platform_.imageLimits));
+    equip(engine_);
     engine_.addImportPath(QStringLiteral("qrc:/qt/qml"));
     QUrl scene(QStringLiteral("qrc:/qt/qml/Quillomat/Screens/Main.qml"));
     if (!options_.screens.isEmpty()) {

@@ -45,6 +45,8 @@ public:
     /// Makes the documents directory when it is needed.
     [[nodiscard]] static Result<std::unique_ptr<WindowApplication>> open(const WindowOptions& options);
 
+    /// Gives an engine the pictures that the scene asks for.
+    void equip(QQmlEngine& engine);
     /// Shows the window; the catalogue loads after its first frame.
     [[nodiscard]] Status show();
     [[nodiscard]] Shell& shell() { return shell_; }

@@ -37,7 +37,8 @@ def start_display(screen):
     for attempt in range(10):
         # A number that servers looking for the lowest free one do not come to.
         display = ":" + str(1000 + (os.getpid() + attempt * 997) % 30000)
-        server = subprocess.Popen(["Xvfb", display, "-screen", "0", screen, "-nolisten", "tcp"],
+        server = subprocess.Popen(["Xvfb", display, "-screen", "0", screen, "-nolisten", "tcp",
+                                   "-noreset"],
                                   stderr=subprocess.DEVNULL)
         environment = dict(os.environ, DISPLAY=display, **{PRIVATE: "1"})
         for _ in range(100):

@@ -81,7 +81,7 @@ FocusScope {
                     focus: root.presentation.asksForText
                     color: Theme.text
                     selectionColor: Theme.accent
-                    selectedTextColor: Theme.onAccent
+                    selectedTextColor: Theme.inkOnAccent
                     font.family: Theme.family
                     font.pixelSize: Theme.sizeBody
                     inputMethodHints: Qt.ImhFormattedNumbersOnly

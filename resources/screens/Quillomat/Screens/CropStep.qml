@@ -107,7 +107,7 @@ FocusScope {
             }
         }
         WheelHandler {
-            acceptedDevices: PointerDevice.Mouse | PointerDevice.TouchPad
+            acceptedDevices: PointerDevice.AllDevices
             onWheel: event => {
                 const point = hole.mapFromItem(room, event.x, event.y);
                 root.crop.zoom(Math.pow(1.1, event.angleDelta.y / 120), point.x / hole.width, point.y / hole.height);

@@ -20,7 +20,7 @@ QtObject {
     readonly property color text: dark ? "#F2F1EE" : "#1B1B1D"
     readonly property color secondaryText: dark ? "#A6A6A4" : "#626262"
     readonly property color accent: dark ? "#3EC6BE" : "#0B7A75"
-    readonly property color onAccent: dark ? "#0B1A19" : "#FFFFFF"
+    readonly property color inkOnAccent: dark ? "#0B1A19" : "#FFFFFF"
     readonly property color hairline: dark ? "#2C2C30" : "#E4E2DC"
     readonly property color wellTop: dark ? "#2B2B30" : "#F4F2EE"
     readonly property color wellBottom: dark ? "#202024" : "#E6E2DA"

@@ -1,0 +1,83 @@
+#include "ScreensSession.h"
+
+#include "hosts/qt/WindowApplication.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QQmlContext>
+#include <QQmlEngine>
+#include <QtQuickTest>
+
+namespace quillomat {
+
+namespace {
+
+const QString source = QStringLiteral(QUILLOMAT_SOURCE_DIR);
+
+} // namespace
+
+ScreensSession::ScreensSession() = default;
+
+/// The shell needs the toolkit's application object, which comes after this one.
+void ScreensSession::applicationAvailable() {
+    QDir(folder_.path()).mkdir(QStringLiteral("pictures"));
+    qputenv("XDG_PICTURES_DIR", pictures().toUtf8());
+    WindowOptions options;
+    options.documents = folder_.filePath(QStringLiteral("documents")).toStdString();
+    options.resources = (source + QStringLiteral("/tests/fixtures/catalogue")).toStdString();
+    options.server = "quillomat.invalid";
+    options.appearance = qEnvironmentVariable("QUILLOMAT_TEST_APPEARANCE", QStringLiteral("light"));
+    options.reducesMotion = true;
+    auto opened = WindowApplication::open(options);
+    if (!opened) {
+        qFatal("%s", opened.reason().c_str());
+    }
+    application_ = std::move(opened).value();
+    registerHostTypes(application_->shell());
+}
+
+ScreensSession::~ScreensSession() = default;
+
+void ScreensSession::qmlEngineAvailable(QQmlEngine* engine) {
+    engine->addImportPath(source + QStringLiteral("/resources/screens"));
+    application_->equip(*engine);
+    engine->rootContext()->setContextProperty(QStringLiteral("session"), this);
+}
+
+void ScreensSession::launch() {
+    application_->shell().launch();
+}
+
+QString ScreensSession::pictures() const {
+    return folder_.filePath(QStringLiteral("pictures"));
+}
+
+QStringList ScreensSession::savedPictures() const {
+    return QDir(pictures()).entryList({QStringLiteral("Mockup *.png")}, QDir::Files);
+}
+
+void ScreensSession::addPicture(const QString& name, const QString& sample, int ageInSeconds) {
+    const QString path = pictures() + u'/' + name;
+    QFile::copy(source + QStringLiteral("/resources/samples/") + sample, path);
+    QFile file(path);
+    file.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
+    if (file.open(QIODevice::ReadWrite)) {
+        file.setFileTime(QDateTime::currentDateTime().addSecs(-ageInSeconds), QFileDevice::FileModificationTime);
+    }
+}
+
+void ScreensSession::addBrokenPicture(const QString& name) {
+    QFile file(pictures() + u'/' + name);
+    if (file.open(QIODevice::WriteOnly)) {
+        file.write("no picture at all");
+    }
+}
+
+void ScreensSession::addFolder(const QString& name) {
+    QDir(pictures()).mkdir(name);
+}
+
+} // namespace quillomat
+
+QUICK_TEST_MAIN_WITH_SETUP(screens, quillomat::ScreensSession)

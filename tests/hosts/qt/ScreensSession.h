@@ -1,0 +1,41 @@
+// What the tests of the scene stand on: a window program without its window, over folders of the test's own.
+#pragma once
+
+#include <QObject>
+#include <QStringList>
+#include <QTemporaryDir>
+
+#include <memory>
+
+class QQmlEngine;
+
+namespace quillomat {
+
+class WindowApplication;
+
+/// Known to the tests as `session`.
+class ScreensSession : public QObject {
+    Q_OBJECT
+
+public:
+    ScreensSession();
+    ~ScreensSession() override;
+
+    Q_INVOKABLE void launch();
+    Q_INVOKABLE QStringList savedPictures() const;
+    Q_INVOKABLE QString pictures() const;
+    /// Puts a sample picture, or a file that is no picture, into the pictures folder; larger ages are older.
+    Q_INVOKABLE void addPicture(const QString& name, const QString& sample, int ageInSeconds);
+    Q_INVOKABLE void addBrokenPicture(const QString& name);
+    Q_INVOKABLE void addFolder(const QString& name);
+
+public slots:
+    void applicationAvailable();
+    void qmlEngineAvailable(QQmlEngine* engine);
+
+private:
+    QTemporaryDir folder_;
+    std::unique_ptr<WindowApplication> application_;
+};
+
+} // namespace quillomat
