@@ -233,6 +233,8 @@ Result<Bitmap> decode(ByteSpan bytes, PixelSize /*minimum*/, const ImageLimits& 
     conversionOf(handle).convert(data, pixels);
     if (heif_image_handle_has_alpha_channel(handle) != 0) {
         premultiply(data, data, pixels);
+    } else {
+        makeOpaque(data, data, pixels);
     }
     return bitmap;
 }

@@ -71,7 +71,7 @@ void Premultiply(const std::uint8_t* straight, std::uint8_t* premultiplied, std:
     }
 }
 
-void MakeOpaque(const std::uint8_t* HWY_RESTRICT rgbx, std::uint8_t* HWY_RESTRICT rgba, std::size_t pixels) {
+void MakeOpaque(const std::uint8_t* rgbx, std::uint8_t* rgba, std::size_t pixels) {
     std::size_t i = 0;
 #if HWY_TARGET != HWY_SCALAR
     const Bytes8 d;

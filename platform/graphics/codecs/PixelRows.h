@@ -11,7 +11,7 @@ void premultiply(const std::uint8_t* straight, std::uint8_t* premultiplied, std:
 /// RGBA: each colour becomes colour * 255 / alpha, rounded to nearest, at most 255; 0 where alpha is 0. In place or
 /// apart.
 void unpremultiply(const std::uint8_t* premultiplied, std::uint8_t* straight, std::size_t pixels);
-/// RGBA: each alpha becomes 255. Not in place.
+/// RGBA: each alpha becomes 255. In place or apart.
 void makeOpaque(const std::uint8_t* rgbx, std::uint8_t* rgba, std::size_t pixels);
 /// Whether every alpha is 255.
 [[nodiscard]] bool allOpaque(const std::uint8_t* rgba, std::size_t pixels);

@@ -175,8 +175,12 @@ Result<Bitmap> decode(ByteSpan bytes, PixelSize minimum, const ImageLimits& limi
         ColorConversion::fromProfile(chunkNamed(container->demuxer.get(), "ICCP", profile), ColorModel::rgb);
     const std::size_t pixels = canvas.size().area();
     conversion.convert(canvas.bytes().data(), pixels);
+    std::uint8_t* data = canvas.bytes().data();
     if (container->mayBeTransparent) {
-        premultiply(canvas.bytes().data(), canvas.bytes().data(), pixels);
+        premultiply(data, data, pixels);
+    } else {
+        // A lossless picture may hold alpha all the same; what its header says was told to others already.
+        makeOpaque(data, data, pixels);
     }
     return turnUpright(std::move(canvas), container->orientation);
 }

@@ -84,6 +84,8 @@ TEST(PixelRows, rowsAreMadeOpaqueAtEveryWidth) {
                 ASSERT_EQ(to[i], i % 4 == 3 ? 255 : from[i]) << target << " " << pixels;
             }
             EXPECT_EQ(to.back(), 0xee) << target << ": written too far";
+            codecs::makeOpaque(from.data(), from.data(), pixels);
+            EXPECT_TRUE(std::equal(from.begin(), from.end(), to.begin())) << target << ": in place";
             EXPECT_TRUE(codecs::allOpaque(to.data(), pixels));
             if (pixels > 0) {
                 to[pixels * 4 - 1] = 254;

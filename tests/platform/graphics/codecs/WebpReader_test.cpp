@@ -52,6 +52,14 @@ TEST(WebpReader, transparencyIsPremultiplied) {
     EXPECT_FALSE(readImageHeader(bytes)->isKnownOpaque);
 }
 
+TEST(WebpReader, pictureThatClaimsToBeOpaqueIs) {
+    const Bytes bytes = fixture("claims-to-be-opaque.webp");
+    EXPECT_TRUE(readImageHeader(bytes)->isKnownOpaque);
+    const Result<Bitmap> decoded = decodeImage(bytes);
+    ASSERT_TRUE(decoded) << decoded.reason();
+    EXPECT_TRUE(decoded->isOpaque());
+}
+
 TEST(WebpReader, embeddedProfileIsConverted) {
     const Result<Bitmap> decoded = decodeImage(fixture("quarters-display-p3.webp"));
     ASSERT_TRUE(decoded) << decoded.reason();
