@@ -14,11 +14,11 @@ struct PixelView {
     std::size_t stride = 0;
 };
 
-constexpr int phaseBits = 6;
+constexpr int phaseBits = 7;
 constexpr int phases = 1 << phaseBits;
 constexpr int mostTaps = 16;
 
-/// Weights of one filter profile at each of 64 phases of a position, laid out as vectors read them.
+/// Weights of one filter profile at each of 128 phases of a position, laid out as vectors read them.
 struct PhaseTable {
     int columnTaps = 4; // 4, 8, 12 or 16
     int rowTaps = 2;    // even, up to 16
@@ -40,18 +40,18 @@ struct PhaseTable {
     [[nodiscard]] std::int16_t rowWeight(int phase, int tap) const { return rows[phase * rowLine() + tap * 8]; }
 };
 
-/// A sheared separable footprint, the same over a stretch of pixels. Positions are in 1/64 of a picture's pixel, the
+/// A sheared separable footprint, the same over a stretch of pixels. Positions are in 1/128 of a picture's pixel, the
 /// centre of the first pixel being 0.
 struct Footprint {
     PixelView picture;
     const PhaseTable* columns = nullptr;
     const PhaseTable* rows = nullptr;
-    std::int32_t shear = 0; // columns per row, times 65536, at most 32 of them
+    std::int32_t shear = 0; // columns per row, times 65536, at most 16 of them
 };
 
 constexpr int longestSegment = 64;
 
-/// A row of projected positions: at canvas coordinate x, u = (x uStep + u0) / (x wStep + w0), and so v, in 1/64 of a
+/// A row of projected positions: at canvas coordinate x, u = (x uStep + u0) / (x wStep + w0), and so v, in 1/128 of a
 /// pixel. They are cut to where all taps read the picture's edge anyway; what is no number becomes the lowest.
 struct ProjectedRow {
     double u0 = 0, uStep = 0;
@@ -59,7 +59,7 @@ struct ProjectedRow {
     double w0 = 0, wStep = 0;
     double highestU = 0, highestV = 0;
 };
-constexpr double lowestPosition = -2048;
+constexpr double lowestPosition = -32 * phases;
 
 struct Kernels {
     const char* name;

@@ -1,4 +1,4 @@
-// The shapes of filters: a box convolved with a tent, and the cubic; and the 64-phase tables of small weights.
+// The shapes of filters: a box convolved with a tent, and the cubic; and the phase tables of small weights.
 #pragma once
 
 #include "platform/graphics/raster/Kernels.h"

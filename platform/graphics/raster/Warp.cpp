@@ -129,9 +129,9 @@ private:
         level.footprint.picture = pyramid_.level(levelU, levelV);
         level.footprint.columns = &phaseTable(columns.a, columns.b);
         level.footprint.rows = &phaseTable(rows.a, rows.b);
-        // Beyond 32 columns a row nothing is told apart that so few rows of taps could show.
+        // Beyond 16 columns a row nothing is told apart that so few rows of taps could show.
         level.footprint.shear =
-            static_cast<std::int32_t>(std::lround(std::clamp(shear / factorU, -32.0, 32.0) * 65536));
+            static_cast<std::int32_t>(std::lround(std::clamp(shear / factorU, -16.0, 16.0) * 65536));
         return level;
     }
 
