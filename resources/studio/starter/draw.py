@@ -1,9 +1,9 @@
 #!/usr/bin/python3
-"""Draws the starter frames, the row previews and the sample inputs, and writes the catalogue.
+"""Draws the sample inputs, the tests' small catalogue, and a catalogue of drawn frames.
 
-    ./draw.py                     resources/main.json, resources/images, resources/samples
+    ./draw.py                     the sample inputs, into resources/samples
     ./draw.py --fixtures DIR      a small catalogue with a frame of every kind, for the tests
-    ./draw.py --only samples      the sample inputs alone (or: frames)
+    ./draw.py --frames DIR        the drawn frames at full size, as a catalogue of their own (main.json, images/)
 
 What it needs is in tools/packages/starter.
 """
@@ -163,15 +163,14 @@ def draw_fixtures(folder):
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument('--fixtures', type=pathlib.Path, metavar='DIR')
-    parser.add_argument('--only', choices=['samples', 'frames'])
+    parser.add_argument('--frames', type=pathlib.Path, metavar='DIR')
     options = parser.parse_args()
     if options.fixtures:
         draw_fixtures(options.fixtures)
-        return
-    if options.only != 'frames':
+    if options.frames:
+        draw_frames(options.frames)
+    if not (options.fixtures or options.frames):
         draw_samples(RESOURCES / 'samples')
-    if options.only != 'samples':
-        draw_frames(RESOURCES)
 
 
 if __name__ == '__main__':
