@@ -35,10 +35,10 @@ private:
 /// The address of a file's square thumbnail. The time is part of it, so that a changed file is another picture.
 [[nodiscard]] QString thumbnailAddress(const QString& path, std::int64_t modified);
 
-/// Small pictures by content and pixel size, the latest used of them, 48 MiB together.
+/// Small pictures by content and pixel size, the latest used of them, 32 MiB together.
 class ThumbnailCache {
 public:
-    ThumbnailCache() : images_(48 * 1024) {}
+    ThumbnailCache() : images_(32 * 1024) {}
     [[nodiscard]] QImage find(const QString& key) const;
     void insert(const QString& key, const QImage& image);
 

@@ -84,7 +84,7 @@ class Session:
                                           "--launch-immediately"], stderr=subprocess.DEVNULL)
         self.environment = dict(os.environ, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", QT_QPA_PLATFORM="xcb",
                                 XDG_PICTURES_DIR=str(self.pictures), HOME=str(self.folder / "home"),
-                                XDG_RUNTIME_DIR=str(self.folder / "run"), LC_ALL="C.UTF-8", **(environment or {}))
+                                XDG_RUNTIME_DIR=str(self.folder / "run"), **{"LC_ALL": "C.UTF-8", **(environment or {})})
         self.program = subprocess.Popen([program, "--documents", str(self.documents), *options],
                                         env=self.environment)
         import pyatspi

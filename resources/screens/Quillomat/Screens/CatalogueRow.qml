@@ -60,6 +60,8 @@ Pressable {
             text: root.typeLabel
             size: Theme.sizeTitle
             strong: true
+            fontSizeMode: Text.HorizontalFit
+            minimumPixelSize: Theme.sizeSmall
             lineHeight: 1.1
         }
         Caption {
