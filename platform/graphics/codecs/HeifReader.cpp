@@ -139,10 +139,12 @@ Result<ImageHeader> readHeader(ByteSpan bytes, const ImageLimits& limits) {
 
 ColorConversion conversionFromNclx(const heif_image_handle* handle) {
     heif_color_profile_nclx* raw = nullptr;
-    if (failed(heif_image_handle_get_nclx_color_profile(handle, &raw))) {
+    const heif_error read = heif_image_handle_get_nclx_color_profile(handle, &raw);
+    // Held before the error is looked at: for values it does not know the library gives both.
+    const std::unique_ptr<heif_color_profile_nclx, FreeNclx> nclx(raw);
+    if (failed(read) || !nclx) {
         return {};
     }
-    const std::unique_ptr<heif_color_profile_nclx, FreeNclx> nclx(raw);
     // Primaries 1 (as sRGB's) and 2 (not said) need nothing; curves other than a plain power are taken for sRGB's.
     if (nclx->color_primaries == heif_color_primaries_ITU_R_BT_709_5 ||
         nclx->color_primaries == heif_color_primaries_unspecified) {
