@@ -196,7 +196,13 @@ const PhaseTable& phaseTable(double boxWidth, double otherWidth) {
     static TableShelf shelf;
     const double wide = std::max(boxWidth, otherWidth);
     const double narrow = std::min(boxWidth, otherWidth);
-    return shelf.at(stepOfWidth(wide), stepOfWidth(std::min(narrow, widestBoxes - std::min(wide, widestBoxes))));
+    const int wideStep = stepOfWidth(wide);
+    int narrowStep = stepOfWidth(narrow);
+    // Both were rounded: together they must still fit the taps.
+    while (narrowStep > 0 && widthOfStep(wideStep) + widthOfStep(narrowStep) > widestBoxes) {
+        --narrowStep;
+    }
+    return shelf.at(wideStep, narrowStep);
 }
 
 } // namespace quillomat::raster

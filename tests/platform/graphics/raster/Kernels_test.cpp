@@ -234,6 +234,16 @@ TEST_F(KernelsTwins, footprintsKeepFlatColours) {
     }
 }
 
+TEST(Profiles, tablesOfAllWidthsKeepWithinTheMostTaps) {
+    for (double wide = 0; wide <= widestBoxes + 1; wide += 0.03) {
+        for (double narrow = 0; narrow <= wide; narrow += 0.03) {
+            const PhaseTable& table = phaseTable(wide, narrow);
+            ASSERT_LE(table.rowTaps, mostTaps) << wide << " and " << narrow;
+            ASSERT_LE(table.columnTaps, mostTaps) << wide << " and " << narrow;
+        }
+    }
+}
+
 TEST(Profiles, boxesAndTentsSumToOne) {
     for (const double width : {0.0, 0.3, 1.0, 2.7, 6.0}) {
         for (const double other : {0.0, 0.5, 1.9}) {
