@@ -6,6 +6,8 @@ import Quillomat.Theme
 ScreenPage {
     id: root
 
+    ground: Theme.stage
+
     ListView {
         id: column
         readonly property real zoom: width / root.screen.pointsAcross

@@ -10,13 +10,14 @@ FocusScope {
 
     required property QtObject screen
     property alias bar: bar
+    property color ground: Theme.ground
     default property alias content: body.data
 
     Basic.StackView.onRemoved: Shell.release(screen)
 
     Rectangle {
         anchors.fill: parent
-        color: Theme.ground
+        color: root.ground
     }
     Item {
         id: body

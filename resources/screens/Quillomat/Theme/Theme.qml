@@ -14,6 +14,7 @@ QtObject {
 
     // Colours
     readonly property color ground: dark ? "#121214" : "#F6F5F2"
+    readonly property color stage: dark ? "#2B2B30" : ground // dark frames must stand out from it
     readonly property color card: dark ? "#1C1C1F" : "#FFFFFF"
     readonly property color cardPressed: dark ? "#26262A" : "#F0EFEB"
     readonly property color raised: dark ? "#242428" : "#FFFFFF"
