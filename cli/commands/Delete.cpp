@@ -1,7 +1,7 @@
+#include "catalogue/CatalogueDocument.h"
 #include "cli/Commands.h"
 #include "cli/MockupList.h"
 #include "cli/Names.h"
-#include "platform/foundation/Conversions.h"
 
 namespace quillomat {
 
@@ -9,16 +9,8 @@ namespace {
 
 /// The definition files in the documents directory that are imports of that mockup name.
 std::vector<std::string> definitionsOf(World& world, const std::string& mockup) {
-    std::vector<std::string> names;
-    const auto entries = world.files().contentsOfDirectory(world.platform().documentsDirectory);
-    if (!entries) {
-        return names;
-    }
-    for (const auto& entry : *entries) {
-        if (entry.find(".cfg") != std::string::npos && replaceAll(entry, ".cfg", ".png") == mockup) {
-            names.push_back(entry);
-        }
-    }
+    std::vector<std::string> names = CatalogueDocument(world.platform()).importedDefinitions();
+    std::erase_if(names, [&](const std::string& name) { return pictureNameOfImport(name) != mockup; });
     return names;
 }
 
