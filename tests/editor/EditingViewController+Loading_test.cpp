@@ -282,18 +282,7 @@ TEST(EditorLoading, loadingDoesNotWaitForTheAnswer) {
     EditorSession session;
     session.mockup(plainMockup());
     NeverAnswers photos;
-    Platform platform{session.world.files,
-                      session.world.bundle,
-                      session.world.web,
-                      photos,
-                      session.world.documents,
-                      session.world.urls,
-                      session.world.queue,
-                      session.world.log,
-                      {},
-                      {},
-                      session.world.documentsDirectory(),
-                      {}};
+    Platform platform = session.platformWith(photos);
     const auto editor = std::make_shared<EditingViewController>(platform, session.storyboard, session.state);
     editor->setImageInfo("frame.png");
     editor->view();

@@ -219,18 +219,7 @@ TEST(EditorSaving, refusedLibraryIsNotNoticed) {
     EditorSession session;
     session.mockup(plainMockup());
     Refusing photos;
-    Platform platform{session.world.files,
-                      session.world.bundle,
-                      session.world.web,
-                      photos,
-                      session.world.documents,
-                      session.world.urls,
-                      session.world.queue,
-                      session.world.log,
-                      {},
-                      {},
-                      session.world.documentsDirectory(),
-                      {}};
+    Platform platform = session.platformWith(photos);
     const auto editor = std::make_shared<EditingViewController>(platform, session.storyboard, session.state);
     editor->setImageInfo("frame.png");
     session.navigation.push(editor);

@@ -118,6 +118,22 @@ public:
 
     explicit EditorSession(bool designMode = false) { state.designMode = designMode; }
 
+    /// The same world with another photo library.
+    [[nodiscard]] Platform platformWith(PhotoLibrary& photos) {
+        return {.files = world.files,
+                .bundle = world.bundle,
+                .web = world.web,
+                .photos = photos,
+                .documents = world.documents,
+                .urls = world.urls,
+                .mainQueue = world.queue,
+                .log = world.log,
+                .screen = {},
+                .server = {},
+                .documentsDirectory = world.documentsDirectory(),
+                .imageLimits = {}};
+    }
+
     void catalogue(Value::Object definitions) { world.putResource("main.json", catalogueOf(std::move(definitions))); }
     /// A catalogue of one mockup, "frame.png", with its 60 x 80 frame: green, with a hole of `hole` where it is clear.
     void mockup(const Value& record) {
