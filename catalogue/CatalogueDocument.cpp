@@ -40,7 +40,7 @@ Image readPicture(const Platform& platform, const std::optional<std::string>& pa
     if (!path) {
         return {};
     }
-    auto picture = imageFromFile(platform.files, *path, platform.imageLimits);
+    auto picture = imageReadWhenDrawn(platform.files, *path, platform.imageLimits);
     return picture ? std::move(picture).value() : Image{};
 }
 

@@ -32,7 +32,7 @@ public:
     /// The picture of that file in the documents directory.
     [[nodiscard]] Image imageFromDocument(std::string_view name) const;
     /// The asset of that name, else the file of that name in the documents directory. Pictures are measured now and
-    /// decoded when they are first drawn.
+    /// read when they are drawn.
     [[nodiscard]] Image pictureNamed(std::string_view name) const;
 
     /// The path of an existing entry of the documents directory. Names that would leave the directory name nothing, and

@@ -2,6 +2,7 @@
 #include "editor/EditingViewController.h"
 
 #include "catalogue/CatalogueDocument.h"
+#include "platform/graphics/ImageFile.h"
 #include "platform/views/Platform.h"
 
 #include <algorithm>
@@ -12,11 +13,7 @@ namespace quillomat {
 namespace {
 
 bool haveSameBytes(const Image& a, const Image& b) {
-    if (!a || !b)
-        return false;
-    const auto left = a.source()->encodedBytes();
-    const auto right = b.source()->encodedBytes();
-    return !left.empty() && std::equal(left.begin(), left.end(), right.begin(), right.end());
+    return a && b && !a.source()->documentKey().isEmpty() && a.source()->documentKey() == b.source()->documentKey();
 }
 
 } // namespace
@@ -100,17 +97,18 @@ void EditingViewController::requestPhotoAuthorization() {
 }
 
 /// The frame on screen and the frame in the composition are one picture, decoded once: resources do not change while
-/// the application runs; a document is read afresh each time, and only counts as new when its bytes are.
+/// the application runs; a document is read afresh each time, and only counts as new when its bytes are. What the editor shows
+/// it keeps, whatever becomes of the file.
 Image EditingViewController::pictureNamed(const std::string& name) {
     auto resource = resourcePictures_.find(name);
     if (resource == resourcePictures_.end())
-        resource = resourcePictures_.emplace(name, catalogue_.imageNamed(name)).first;
+        resource = resourcePictures_.emplace(name, heldInMemory(catalogue_.imageNamed(name))).first;
     if (resource->second)
         return resource->second;
     Image& known = documentPictures_[name];
-    Image fresh = catalogue_.imageFromDocument(name);
+    const Image fresh = catalogue_.imageFromDocument(name);
     if (!haveSameBytes(known, fresh))
-        known = std::move(fresh);
+        known = heldInMemory(fresh);
     return known;
 }
 

@@ -34,9 +34,8 @@ Result<Bytes> pngDocument(const Image& image) {
     if (!image) {
         return Failure{"there is no picture"};
     }
-    const auto encoded = image.source()->encodedBytes();
-    if (isPng(encoded)) {
-        return Bytes(encoded.begin(), encoded.end());
+    if (const SharedDocument document = image.source()->document(); document && isPng(*document)) {
+        return *document;
     }
     return encodePng(image);
 }

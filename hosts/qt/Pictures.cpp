@@ -47,9 +47,9 @@ QImage decodeReduced(std::span<const std::byte> bytes, const Request& request, Q
 }
 
 QImage makePicture(const Request& request) {
-    const auto bytes = request.image.source()->encodedBytes();
-    if (!bytes.empty()) {
-        return decodeReduced(bytes, request, Qt::KeepAspectRatio);
+    if (!request.image.source()->documentKey().isEmpty()) {
+        const SharedDocument document = request.image.source()->document();
+        return document ? decodeReduced(*document, request, Qt::KeepAspectRatio) : QImage();
     }
     const SharedBitmap bitmap = request.image.bitmap();
     if (!bitmap) {
@@ -105,11 +105,11 @@ private:
 
 /// Two pictures of the same content are one in the cache, however often they were opened.
 QString contentKey(const Image& image, const QString& id) {
-    const auto bytes = image.source() ? image.source()->encodedBytes() : std::span<const std::byte>{};
-    if (bytes.empty()) {
+    const DocumentKey key = image.source() ? image.source()->documentKey() : DocumentKey{};
+    if (key.isEmpty()) {
         return id;
     }
-    return QStringLiteral("%1-%2").arg(qHashBits(bytes.data(), bytes.size(), 0), 0, 16).arg(bytes.size());
+    return QStringLiteral("%1-%2").arg(key.checksum, 0, 16).arg(key.length);
 }
 
 } // namespace

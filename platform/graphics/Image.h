@@ -1,17 +1,29 @@
 // A picture: an immutable shared source of pixels and a scale (pixels per point), cheap to copy, safe to share.
 #pragma once
 
+#include "platform/foundation/FileManager.h"
 #include "platform/foundation/Geometry.h"
 #include "platform/graphics/Bitmap.h"
 
-#include <cstddef>
+#include <cstdint>
 #include <memory>
-#include <span>
 #include <string>
 
 namespace quillomat {
 
 class Recording;
+
+/// An encoded picture: a PNG, a JPEG ...
+using SharedDocument = std::shared_ptr<const Bytes>;
+
+/// Tells one document from another by its length and a checksum of all its bytes; empty for none.
+struct DocumentKey {
+    std::uint64_t length = 0;
+    std::uint64_t checksum = 0;
+
+    [[nodiscard]] bool isEmpty() const { return length == 0; }
+    friend bool operator==(const DocumentKey&, const DocumentKey&) = default;
+};
 
 /// Where pixels come from: decoded pixels, an encoded file, or a recording of draws. Thread-safe.
 class ImageSource {
@@ -27,8 +39,10 @@ public:
     [[nodiscard]] virtual SharedBitmap bitmapOfAtLeast(PixelSize /*minimum*/) const { return bitmap(); }
     /// Why `bitmap()` gave null; empty when it has not failed so far.
     [[nodiscard]] virtual std::string failure() const { return {}; }
-    /// The encoded document behind it (a PNG, a JPEG ...), for sources that are one; empty for the others.
-    [[nodiscard]] virtual std::span<const std::byte> encodedBytes() const { return {}; }
+    /// Which encoded document is behind it, known without reading it; empty for sources that are none.
+    [[nodiscard]] virtual DocumentKey documentKey() const { return {}; }
+    /// That document, read again where it lies in a file; null where there is none, or none any more.
+    [[nodiscard]] virtual SharedDocument document() const { return nullptr; }
     /// The recording behind it, for sources that are one.
     [[nodiscard]] virtual const Recording* recording() const { return nullptr; }
 };

@@ -39,9 +39,22 @@ struct ImageHeader {
 [[nodiscard]] Result<Bitmap> decodeImageReduced(std::span<const std::byte> bytes, PixelSize minimum,
                                                 const ImageLimits& limits = {});
 
-/// A picture over an encoded document: header checked now, decoded at the first draw, once.
+/// A picture over an encoded document, which is kept: header checked now, decoded when it is drawn. The pixels are kept
+/// as long as somebody holds them, and made again when they are wanted again.
 [[nodiscard]] Result<Image> imageFromBytes(Bytes bytes, const ImageLimits& limits = {});
-[[nodiscard]] Result<Image> imageFromFile(const FileManager& files, const std::string& path, const ImageLimits& limits = {});
+/// The same over the bytes that the file has now, whatever becomes of it.
+[[nodiscard]] Result<Image> imageFromFile(const FileManager& files, const std::string& path,
+                                          const ImageLimits& limits = {});
+
+/// A picture over a file that is read again each time its pixels are wanted: until then it costs no memory, so there
+/// may be hundreds of them. It stays the picture of the bytes that the file has now: once the file has gone, cannot be
+/// read or holds any other bytes, there are no pixels and `failure` says why; with its bytes back, it has its pixels
+/// again. For pictures that are looked at and not worked with. `files` must outlive the picture.
+[[nodiscard]] Result<Image> imageReadWhenDrawn(const FileManager& files, const std::string& path,
+                                               const ImageLimits& limits = {});
+/// The same picture with its document in memory from now on; no picture when its document cannot be had any more. A
+/// picture that is in memory already is given back as it is.
+[[nodiscard]] Image heldInMemory(const Image& image);
 
 /// The format as a word for messages: "PNG", "JPEG", "WebP", "HEIF".
 [[nodiscard]] std::string describeFormat(ImageFormat format);

@@ -9,8 +9,8 @@ namespace quillomat {
 
 enum class PngEffort { fast, best };
 
-/// Rows are rasterised, filtered and deflated band by band, on several threads; the bytes do not depend on their number.
-/// `threads` 0 means one per core. A recording is rasterised as its rows are written, never as a whole.
+/// Rows are rasterised, filtered and deflated band by band, on several threads; the bytes do not depend on their
+/// number. `threads` 0 means one per core. A recording is rasterised as its rows are written, never as a whole.
 [[nodiscard]] Result<Bytes> encodePng(const Image& image, PngEffort effort = PngEffort::fast, int threads = 0);
 [[nodiscard]] Result<Bytes> encodePng(const Bitmap& bitmap, PngEffort effort = PngEffort::fast, int threads = 0);
 

@@ -53,8 +53,9 @@ TEST(EditorSaving, handsOverTheEncodedDocumentSoThatItsBytesCanBeKept) {
     editor->generateImage();
     const Bytes expected = encodePng(session.state.pendingImage).value();
     editor->save();
-    const auto handed = session.saved().source()->encodedBytes();
-    EXPECT_TRUE(std::equal(handed.begin(), handed.end(), expected.begin(), expected.end()));
+    const SharedDocument handed = session.saved().source()->document();
+    ASSERT_TRUE(handed);
+    EXPECT_EQ(*handed, expected);
 }
 
 TEST(EditorSaving, savingOnTheSpotGivesThePictureThatComposingGives) {

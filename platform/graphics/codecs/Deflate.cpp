@@ -4,6 +4,7 @@
 #include "platform/graphics/codecs/Deflate.h"
 
 #include <isa-l/crc.h>
+#include <isa-l/crc64.h>
 #include <isa-l/igzip_lib.h>
 #include <libdeflate.h>
 #include <zlib.h>
@@ -18,6 +19,7 @@ namespace {
 // Level 1 with a generous buffer of tokens: on pictures its output is as small as level 2's, and it is faster.
 constexpr unsigned fastLevel = 1;
 constexpr std::size_t fastTokens = ISAL_DEF_LVL1_EXTRA_LARGE;
+constexpr int carefulLevel = 9;
 constexpr int bestLevel = 10;
 constexpr std::uint32_t adlerModulus = 65521;
 
@@ -110,7 +112,7 @@ PieceDeflater::PieceDeflater(DeflateEffort effort) : state_(std::make_unique<Sta
     if (effort == DeflateEffort::fast) {
         state_->tokens.resize(fastTokens);
     } else {
-        state_->compressor.reset(libdeflate_alloc_compressor(bestLevel));
+        state_->compressor.reset(libdeflate_alloc_compressor(effort == DeflateEffort::best ? bestLevel : carefulLevel));
     }
 }
 
@@ -174,6 +176,10 @@ std::uint32_t joinAdler32(std::uint32_t first, std::uint32_t second, std::uint64
 
 std::uint32_t crc32(std::span<const std::byte> bytes) {
     return crc32_gzip_refl(0, reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+}
+
+std::uint64_t checksum64(std::span<const std::byte> bytes) {
+    return crc64_ecma_refl(0, reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
 }
 
 } // namespace quillomat::codecs

@@ -9,7 +9,7 @@
 
 namespace quillomat::codecs {
 
-enum class DeflateEffort { fast, best };
+enum class DeflateEffort { fast, careful, best };
 
 /// One for each thread: the state of either library is large and used again from piece to piece.
 class PieceDeflater {
@@ -31,5 +31,7 @@ private:
 /// The checksum of two stretches joined, from the checksum of each and the length of the second.
 [[nodiscard]] std::uint32_t joinAdler32(std::uint32_t first, std::uint32_t second, std::uint64_t secondLength);
 [[nodiscard]] std::uint32_t crc32(std::span<const std::byte> bytes);
+/// CRC-64, for telling documents apart.
+[[nodiscard]] std::uint64_t checksum64(std::span<const std::byte> bytes);
 
 } // namespace quillomat::codecs

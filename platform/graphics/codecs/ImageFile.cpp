@@ -1,6 +1,7 @@
 #include "platform/graphics/ImageFile.h"
 
 #include "platform/graphics/codecs/Codec.h"
+#include "platform/graphics/codecs/Deflate.h"
 
 #include <algorithm>
 #include <array>
@@ -20,6 +21,10 @@ const Codec* codecFor(ByteSpan bytes) {
         }
     }
     return nullptr;
+}
+
+DocumentKey documentKeyOf(ByteSpan bytes) {
+    return {bytes.size(), checksum64(bytes)};
 }
 
 Failure unknownFormat(ByteSpan bytes) {
@@ -43,32 +48,88 @@ Result<Bitmap> decode(ByteSpan bytes, PixelSize minimum, const ImageLimits& limi
     }
 }
 
-/// Holds the document, and its pixels once they have been asked for.
+/// Where a document is to be had.
+class Shelf {
+public:
+    virtual ~Shelf() = default;
+    [[nodiscard]] virtual Result<SharedDocument> take() const = 0;
+    [[nodiscard]] virtual bool isMemory() const = 0;
+};
+
+class MemoryShelf final : public Shelf {
+public:
+    explicit MemoryShelf(SharedDocument document) : document_(std::move(document)) {}
+    [[nodiscard]] Result<SharedDocument> take() const override { return document_; }
+    [[nodiscard]] bool isMemory() const override { return true; }
+
+private:
+    SharedDocument document_;
+};
+
+/// Knows a document by its bytes and not by its file's number or times: a file that was written again with the same
+/// bytes is the same picture, and one that was changed within a tick of the clock is not.
+class FileShelf final : public Shelf {
+public:
+    FileShelf(const FileManager& files, std::string path, const DocumentKey& key)
+        : files_(files), path_(std::move(path)), key_(key) {}
+
+    [[nodiscard]] Result<SharedDocument> take() const override {
+        Result<Bytes> bytes = files_.read(path_, key_.length);
+        if (!bytes) {
+            return Failure{files_.fileExists(path_) ? bytes.reason() : "the file is gone"};
+        }
+        if (documentKeyOf(*bytes) != key_) {
+            return Failure{"the file holds another picture now"};
+        }
+        return std::make_shared<const Bytes>(std::move(bytes).value());
+    }
+    [[nodiscard]] bool isMemory() const override { return false; }
+
+private:
+    const FileManager& files_;
+    std::string path_;
+    DocumentKey key_;
+};
+
+/// A document and, as long as somebody holds them, its pixels.
 class EncodedSource final : public ImageSource {
 public:
-    EncodedSource(Bytes bytes, const ImageHeader& header, const ImageLimits& limits)
-        : header_(header), limits_(limits), bytes_(std::move(bytes)) {}
+    EncodedSource(std::unique_ptr<const Shelf> shelf, const DocumentKey& key, const ImageHeader& header,
+                  const ImageLimits& limits)
+        : shelf_(std::move(shelf)), key_(key), header_(header), limits_(limits) {}
 
     [[nodiscard]] PixelSize pixelSize() const override { return header_.size; }
     [[nodiscard]] bool isKnownOpaque() const override { return header_.isKnownOpaque; }
-
-    [[nodiscard]] SharedBitmap bitmap() const override {
-        const std::lock_guard lock(mutex_);
-        if (!isDecoded_) {
-            decodeOnce();
-        }
-        return bitmap_;
+    [[nodiscard]] DocumentKey documentKey() const override { return key_; }
+    [[nodiscard]] SharedDocument document() const override {
+        const Result<SharedDocument> taken = shelf_->take();
+        return taken ? *taken : nullptr;
     }
+    [[nodiscard]] bool isInMemory() const { return shelf_->isMemory(); }
+    [[nodiscard]] std::shared_ptr<const EncodedSource> inMemory() const {
+        SharedDocument document = this->document();
+        return document ? std::make_shared<const EncodedSource>(std::make_unique<MemoryShelf>(std::move(document)),
+                                                                key_, header_, limits_)
+                        : nullptr;
+    }
+
+    [[nodiscard]] SharedBitmap bitmap() const override { return bitmapOfAtLeast(header_.size); }
 
     [[nodiscard]] SharedBitmap bitmapOfAtLeast(PixelSize minimum) const override {
         const std::lock_guard lock(mutex_);
-        if (!isDecoded_) {
-            if (reduced_ && reduced_->width() >= minimum.width && reduced_->height() >= minimum.height) {
-                return reduced_;
-            }
-            decodeReduced(minimum);
+        if (SharedBitmap whole = whole_.lock()) {
+            return whole;
         }
-        return isDecoded_ ? bitmap_ : reduced_;
+        const PixelSize size = header_.size;
+        const bool wantsWhole = minimum.width >= size.width && minimum.height >= size.height;
+        if (SharedBitmap reduced = reduced_.lock();
+            reduced && reduced->width() >= minimum.width && reduced->height() >= minimum.height) {
+            return reduced;
+        }
+        if (isDamaged_) {
+            return nullptr;
+        }
+        return decoded(wantsWhole ? PixelSize{} : PixelSize{std::max(minimum.width, 1), std::max(minimum.height, 1)});
     }
 
     [[nodiscard]] std::string failure() const override {
@@ -76,43 +137,35 @@ public:
         return failure_;
     }
 
-    [[nodiscard]] std::span<const std::byte> encodedBytes() const override { return bytes_; }
-
 private:
-    void decodeOnce() const {
-        isDecoded_ = true;
-        Result<Bitmap> decoded = decode(bytes_, {}, limits_);
-        if (!decoded) {
-            failure_ = decoded.reason();
-        } else if (decoded->size() != header_.size) {
-            failure_ = "picture of another size than its header says";
-        } else {
-            bitmap_ = std::make_shared<const Bitmap>(std::move(decoded).value());
+    /// The same bytes fail again, so they are decoded but once; a file may come back.
+    [[nodiscard]] SharedBitmap decoded(PixelSize minimum) const {
+        const Result<SharedDocument> document = shelf_->take();
+        if (!document) {
+            failure_ = document.reason();
+            return nullptr;
         }
-        reduced_.reset();
+        Result<Bitmap> bitmap = decode(**document, minimum, limits_);
+        isDamaged_ = !bitmap || (minimum.isEmpty() && bitmap->size() != header_.size);
+        if (isDamaged_) {
+            failure_ = bitmap ? "picture of another size than its header says" : bitmap.reason();
+            return nullptr;
+        }
+        failure_.clear();
+        auto shared = std::make_shared<const Bitmap>(std::move(bitmap).value());
+        // Formats that cannot reduce while decoding give the whole picture.
+        (shared->size() == header_.size ? whole_ : reduced_) = shared;
+        return shared;
     }
 
-    /// Formats that cannot reduce while decoding give the whole picture, which is then kept as such.
-    void decodeReduced(PixelSize minimum) const {
-        Result<Bitmap> decoded = decode(bytes_, {std::max(minimum.width, 1), std::max(minimum.height, 1)}, limits_);
-        isDecoded_ = !decoded || decoded->size() == header_.size;
-        if (!decoded) {
-            failure_ = decoded.reason();
-            return;
-        }
-        (isDecoded_ ? bitmap_ : reduced_) = std::make_shared<const Bitmap>(std::move(decoded).value());
-        if (isDecoded_) {
-            reduced_.reset();
-        }
-    }
-
+    std::unique_ptr<const Shelf> shelf_;
+    DocumentKey key_;
     ImageHeader header_;
     ImageLimits limits_;
-    Bytes bytes_;
     mutable std::mutex mutex_;
-    mutable bool isDecoded_ = false;
-    mutable SharedBitmap bitmap_;
-    mutable SharedBitmap reduced_; // until the whole picture is asked for
+    mutable std::weak_ptr<const Bitmap> whole_;
+    mutable std::weak_ptr<const Bitmap> reduced_;
+    mutable bool isDamaged_ = false;
     mutable std::string failure_;
 };
 
@@ -160,7 +213,9 @@ Result<Image> imageFromBytes(Bytes bytes, const ImageLimits& limits) {
     if (!header) {
         return Failure{header.reason()};
     }
-    return Image(std::make_shared<codecs::EncodedSource>(std::move(bytes), *header, limits));
+    const DocumentKey key = codecs::documentKeyOf(bytes);
+    auto shelf = std::make_unique<codecs::MemoryShelf>(std::make_shared<const Bytes>(std::move(bytes)));
+    return Image(std::make_shared<codecs::EncodedSource>(std::move(shelf), key, *header, limits));
 }
 
 Result<Image> imageFromFile(const FileManager& files, const std::string& path, const ImageLimits& limits) {
@@ -169,6 +224,29 @@ Result<Image> imageFromFile(const FileManager& files, const std::string& path, c
         return Failure{bytes.reason()};
     }
     return imageFromBytes(std::move(bytes).value(), limits);
+}
+
+Result<Image> imageReadWhenDrawn(const FileManager& files, const std::string& path, const ImageLimits& limits) {
+    const Result<Bytes> bytes = files.read(path, limits.fileBytes);
+    if (!bytes) {
+        return Failure{bytes.reason()};
+    }
+    const Result<ImageHeader> header = readImageHeader(*bytes, limits);
+    if (!header) {
+        return Failure{header.reason()};
+    }
+    const DocumentKey key = codecs::documentKeyOf(*bytes);
+    auto shelf = std::make_unique<codecs::FileShelf>(files, path, key);
+    return Image(std::make_shared<codecs::EncodedSource>(std::move(shelf), key, *header, limits));
+}
+
+Image heldInMemory(const Image& image) {
+    const auto encoded = std::dynamic_pointer_cast<const codecs::EncodedSource>(image.source());
+    if (!encoded || encoded->isInMemory()) {
+        return image;
+    }
+    auto held = encoded->inMemory();
+    return held ? Image(std::move(held), image.scale()) : Image();
 }
 
 std::string describeFormat(ImageFormat format) {

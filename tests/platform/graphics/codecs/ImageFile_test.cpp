@@ -1,5 +1,8 @@
 #include "TestPictures.h"
 
+#include <cstdlib>
+#include <filesystem>
+#include <stdexcept>
 #include <thread>
 
 namespace quillomat::testing {
@@ -61,8 +64,135 @@ TEST(ImageFile, sourceHandsOutItsDocument) {
     const Result<Image> image = imageFromBytes(document);
     ASSERT_TRUE(image);
     ASSERT_TRUE(image->bitmap());
-    const std::span<const std::byte> handed = image->source()->encodedBytes();
-    EXPECT_EQ(Bytes(handed.begin(), handed.end()), document);
+    ASSERT_TRUE(image->source()->document());
+    EXPECT_EQ(*image->source()->document(), document);
+    EXPECT_EQ(image->source()->documentKey().length, document.size());
+}
+
+TEST(ImageFile, sourceKeepsItsPixelsOnlyWhileSomebodyHoldsThem) {
+    const Result<Image> image = imageFromBytes(fixture("quarters.jpg"));
+    ASSERT_TRUE(image);
+    SharedBitmap pixels = image->bitmap();
+    ASSERT_TRUE(pixels);
+    EXPECT_EQ(image->bitmap(), pixels);
+    const Bitmap copy = *pixels;
+    const std::weak_ptr<const Bitmap> watched = pixels;
+    pixels.reset();
+    EXPECT_TRUE(watched.expired());
+    ASSERT_TRUE(image->bitmap());
+    EXPECT_EQ(*image->bitmap(), copy);
+}
+
+TEST(ImageFile, oneChangedByteMakesAnotherDocument) {
+    Bytes document = tinyPng(1, 1);
+    const DocumentKey key = imageFromBytes(document)->source()->documentKey();
+    EXPECT_EQ(imageFromBytes(document)->source()->documentKey(), key);
+    document.back() ^= std::byte{1};
+    EXPECT_NE(imageFromBytes(document)->source()->documentKey(), key);
+    EXPECT_TRUE(Image::fromBitmap(Bitmap({1, 1})).source()->documentKey().isEmpty());
+}
+
+/// A picture in a file of its own.
+class FilePicture : public ::testing::Test {
+protected:
+    void SetUp() override { put(fixture("quarters.jpg")); }
+    void TearDown() override { std::filesystem::remove_all(folder_); }
+
+    void put(const Bytes& bytes) { ASSERT_TRUE(files.write(path, bytes)); }
+    [[nodiscard]] Image open() const { return imageReadWhenDrawn(files, path).value(); }
+
+    SystemFileManager files;
+
+private:
+    std::filesystem::path folder_ = makeFolder();
+    static std::filesystem::path makeFolder() {
+        std::string name = (std::filesystem::temp_directory_path() / "quillomat-picture-XXXXXX").string();
+        if (::mkdtemp(name.data()) == nullptr) {
+            throw std::runtime_error("no temporary folder");
+        }
+        return name;
+    }
+
+protected:
+    std::string path = (folder_ / "picture").string();
+};
+
+TEST_F(FilePicture, isReadAgainWheneverItIsWanted) {
+    const Image image = open();
+    EXPECT_EQ(image.pixelSize(), (PixelSize{64, 48}));
+    EXPECT_TRUE(image.source()->isKnownOpaque());
+    EXPECT_EQ(*image.bitmap(), *imageFromFile(files, path)->bitmap());
+    EXPECT_EQ(*image.source()->document(), fixture("quarters.jpg"));
+    EXPECT_EQ(image.source()->failure(), "");
+}
+
+TEST_F(FilePicture, thatIsGoneHasNoPixelsAndSaysWhy) {
+    const Image image = open();
+    std::filesystem::remove(path);
+    EXPECT_EQ(image.bitmap(), nullptr);
+    EXPECT_EQ(image.source()->document(), nullptr);
+    EXPECT_EQ(image.source()->failure(), "the file is gone");
+    EXPECT_EQ(image.pixelSize(), (PixelSize{64, 48}));
+}
+
+TEST_F(FilePicture, neverBecomesAnother) {
+    const Image image = open();
+    Bytes other = fixture("quarters.jpg");
+    other[other.size() - 3] ^= std::byte{1}; // as long as before
+    put(other);
+    EXPECT_EQ(image.bitmap(), nullptr);
+    EXPECT_EQ(image.source()->bitmapOfAtLeast({8, 6}), nullptr);
+    EXPECT_EQ(image.source()->document(), nullptr);
+    EXPECT_EQ(image.source()->failure(), "the file holds another picture now");
+    put(tinyPng(3, 3));
+    EXPECT_EQ(image.bitmap(), nullptr);
+    put(Bytes(100000));
+    EXPECT_EQ(image.bitmap(), nullptr);
+    EXPECT_EQ(image.source()->failure(), "larger than " + std::to_string(fixture("quarters.jpg").size()) + " bytes");
+}
+
+TEST_F(FilePicture, comesBackWithItsBytes) {
+    const Image image = open();
+    std::filesystem::remove(path);
+    EXPECT_EQ(image.bitmap(), nullptr);
+    put(fixture("quarters.jpg"));
+    EXPECT_NE(image.bitmap(), nullptr);
+    EXPECT_EQ(image.source()->failure(), "");
+}
+
+TEST_F(FilePicture, keepsPixelsThatAreHeldWhenTheFileGoes) {
+    const Image image = open();
+    const SharedBitmap pixels = image.bitmap();
+    std::filesystem::remove(path);
+    EXPECT_EQ(image.bitmap(), pixels);
+}
+
+TEST_F(FilePicture, heldInMemoryNoLongerNeedsItsFile) {
+    const Image held = heldInMemory(Image(open().source(), 2));
+    const Image late = open();
+    std::filesystem::remove(path);
+    EXPECT_EQ(held.scale(), 2);
+    ASSERT_TRUE(held.bitmap());
+    EXPECT_EQ(held.source()->documentKey(), late.source()->documentKey());
+    EXPECT_FALSE(heldInMemory(late));
+    EXPECT_EQ(heldInMemory(held), held);
+    EXPECT_FALSE(heldInMemory(Image()));
+}
+
+TEST_F(FilePicture, openedToBeWorkedWithNeverNeedsItsFileAgain) {
+    const Result<Image> image = imageFromFile(files, path);
+    std::filesystem::remove(path);
+    ASSERT_TRUE(image);
+    EXPECT_NE(image->bitmap(), nullptr);
+}
+
+TEST(ImageFile, damagedPictureReadWhenDrawnKeepsItsReason) {
+    const SystemFileManager files;
+    const Result<Image> image = imageReadWhenDrawn(files, fixturePath("truncated-in-the-scan.jpg"));
+    ASSERT_TRUE(image) << image.reason();
+    EXPECT_EQ(image->bitmap(), nullptr);
+    EXPECT_EQ(image->source()->failure(), "truncated JPEG");
+    EXPECT_FALSE(imageReadWhenDrawn(files, "/nowhere/at/all.png"));
 }
 
 TEST(ImageFile, missingFileIsNoPicture) {

@@ -22,8 +22,12 @@ inline Bytes readWhole(const std::filesystem::path& path) {
     return {begin, begin + text.size()};
 }
 
+inline std::string fixturePath(const std::string& name) {
+    return std::string(QUILLOMAT_SOURCE_DIR) + "/tests/fixtures/pictures/" + name;
+}
+
 inline Bytes fixture(const std::string& name) {
-    Bytes bytes = readWhole(std::filesystem::path(QUILLOMAT_SOURCE_DIR) / "tests/fixtures/pictures" / name);
+    Bytes bytes = readWhole(fixturePath(name));
     EXPECT_FALSE(bytes.empty()) << name << " is missing";
     return bytes;
 }
