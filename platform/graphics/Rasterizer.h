@@ -12,7 +12,9 @@
 //     `Pyramid` halves pictures that are shrunk too far for the tables of small weights (`phaseTable`).
 //  5. `Layer::drawRow` (raster/Layer.h) puts the row's pixels over the canvas's, copying where both allow it.
 //  6. `Kernels` (raster/Kernels.h) are the hot loops of 4 and 5, in integers: each variant gives the same bits.
-//  7. `Rasterizer::rows` runs 3 to 6 for a band of rows; `rasterize` hands bands to threads. No row depends on another.
+//  7. `LayerStack::drawRows` runs 3 to 6 for a band of rows; `drawOn` hands bands to threads. No row depends on
+//  another,
+//     and no pixel on how much of its row is drawn.
 //
 // Not supported: blend modes other than "over", linear light, shapes that are not convex, subpixel text, more than 8
 // bits a channel, a picture's pixels on the far side of the horizon (w <= 0).
@@ -38,6 +40,7 @@ public:
     /// Writes rows [first, first + count) as packed premultiplied RGBA into `out` (count x width x 4 bytes), replacing
     /// what is there.
     void rows(int first, int count, std::span<std::uint8_t> out) const;
+    friend Bitmap rasterize(const Recording& recording, int threads);
 
 private:
     struct Plan;

@@ -24,6 +24,8 @@ struct RoundedRect {
 struct ClipShape {
     Homography map;
     RoundedRect shape;
+
+    friend bool operator==(const ClipShape&, const ClipShape&) = default;
 };
 
 /// How a picture that does not lie on the canvas's pixels is filtered.

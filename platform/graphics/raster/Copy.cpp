@@ -1,4 +1,4 @@
-// Pictures that lie on the canvas's pixels: copied, or read where they are.
+// Pictures that lie on the canvas's pixels: copied, or read where they are; and pixels that were brought there before.
 #include "platform/graphics/raster/Sampler.h"
 
 #include <algorithm>
@@ -35,11 +35,77 @@ private:
     int shiftY_;
 };
 
+class KeepingSampler final : public Sampler {
+public:
+    KeepingSampler(std::unique_ptr<Sampler> sampler, const SampledArea& area)
+        : sampler_(std::move(sampler))
+        , area_(area)
+        , pixels_({area.right - area.left, area.bottom - area.top})
+        , known_(static_cast<std::size_t>(pixels_.height())) {}
+
+    void row(int y, int left, int right, std::uint8_t* out, SamplerScratch& scratch) const override {
+        if (!isInside(y, left, right)) {
+            sampler_->row(y, left, right, out, scratch);
+            return;
+        }
+        Known& known = knownAt(y);
+        if (left < known.left || right > known.right) {
+            const bool isFirst = known.left >= known.right;
+            known = isFirst ? Known{left, right} : Known{std::min(left, known.left), std::max(right, known.right)};
+            sampler_->row(y, known.left, known.right, pixelAt(known.left, y), scratch);
+        }
+        std::memcpy(out, pixelAt(left, y), static_cast<std::size_t>(right - left) * 4);
+    }
+
+    [[nodiscard]] const std::uint8_t* direct(int y, int left, int right) const override {
+        const bool isKnown = isInside(y, left, right) && left >= knownAt(y).left && right <= knownAt(y).right;
+        return isKnown ? pixelAt(left, y) : nullptr;
+    }
+
+private:
+    /// Columns of a row.
+    struct Known {
+        int left = 0;
+        int right = 0;
+    };
+
+    [[nodiscard]] bool isInside(int y, int left, int right) const {
+        return left < right && y >= area_.top && y < area_.bottom && left >= area_.left && right <= area_.right;
+    }
+    [[nodiscard]] Known& knownAt(int y) const { return known_[static_cast<std::size_t>(y - area_.top)]; }
+    [[nodiscard]] std::uint8_t* pixelAt(int x, int y) const {
+        return pixels_.row(y - area_.top) + static_cast<std::ptrdiff_t>(x - area_.left) * 4;
+    }
+
+    std::unique_ptr<Sampler> sampler_;
+    SampledArea area_;
+    mutable Bitmap pixels_;
+    mutable std::vector<Known> known_;
+};
+
 } // namespace
+
+std::unique_ptr<Sampler> makeKeepingSampler(std::unique_ptr<Sampler> sampler, const SampledArea& area) {
+    return std::make_unique<KeepingSampler>(std::move(sampler), area);
+}
 
 std::unique_ptr<Sampler> makeCopySampler(SharedBitmap picture, const AxisMap& map) {
     return std::make_unique<CopySampler>(std::move(picture), static_cast<int>(std::lround(map.originX)),
                                          static_cast<int>(std::lround(map.originY)));
+}
+
+bool liesOnPixels(const LayerDraw& draw, PixelSize picture) {
+    if (picture.isEmpty()) {
+        return false;
+    }
+    const auto along = axisMap(pictureToCanvas(draw, picture));
+    return along && along->isWholePixelShift(picture);
+}
+
+std::unique_ptr<Sampler> makeSparseSampler(std::shared_ptr<const SparsePicture> picture, const LayerDraw& draw) {
+    const auto along = axisMap(pictureToCanvas(draw, picture->size()));
+    return std::make_unique<SparseSampler>(std::move(picture), static_cast<int>(std::lround(along->originX)),
+                                           static_cast<int>(std::lround(along->originY)));
 }
 
 } // namespace quillomat::raster

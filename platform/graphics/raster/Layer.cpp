@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <limits>
 
 namespace quillomat::raster {
 
@@ -69,7 +70,7 @@ LayerScratch::LayerScratch(int width)
     , pixels(static_cast<std::size_t>(width) * 4)
     , mixed(static_cast<std::size_t>(width) * 4) {}
 
-std::optional<Layer> Layer::make(const LayerDraw& draw, PixelSize canvas, const Kernels& kernels) {
+std::optional<Layer> Layer::make(const LayerDraw& draw, PixelSize canvas, const Kernels& kernels, Pyramids& pyramids) {
     Layer layer;
     layer.kernels_ = &kernels;
     const Polygon outline = clippedOutline(draw, canvas);
@@ -77,6 +78,7 @@ std::optional<Layer> Layer::make(const LayerDraw& draw, PixelSize canvas, const 
     if (layer.shape_.isEmpty()) {
         return std::nullopt;
     }
+    layer.area_ = boundsOf(outline);
     if (draw.fill && premultiplied(*draw.fill)[3] > 0) {
         layer.fill_ = premultiplied(*draw.fill);
     }
@@ -86,7 +88,7 @@ std::optional<Layer> Layer::make(const LayerDraw& draw, PixelSize canvas, const 
         innerOutline = intersection(outline, visibleOutline(draw.map, insetBy(draw.shape, draw.borderWidth), canvas));
         layer.inner_ = Coverage(innerOutline, canvas, draw.opacity);
     }
-    layer.makePicture(draw, outline, canvas);
+    layer.makePicture(draw, outline, canvas, pyramids);
     if (layer.inner_ && layer.picture_) {
         layer.pictureInner_ = Coverage(
             intersection(innerOutline, visibleOutline(draw.map, {draw.pictureRect, 0}, canvas)), canvas, draw.opacity);
@@ -94,10 +96,13 @@ std::optional<Layer> Layer::make(const LayerDraw& draw, PixelSize canvas, const 
     if (!layer.fill_ && !layer.sampler_ && !layer.inner_) {
         return std::nullopt;
     }
+    if (layer.sampler_ && !layer.fill_ && !layer.inner_ && !layer.picture_) {
+        layer.sparse_ = layer.sampler_->sparse();
+    }
     return layer;
 }
 
-void Layer::makePicture(const LayerDraw& draw, const Polygon& outline, PixelSize canvas) {
+void Layer::makePicture(const LayerDraw& draw, const Polygon& outline, PixelSize canvas, Pyramids& pyramids) {
     if (!draw.picture || draw.pictureRect.isEmpty()) {
         return;
     }
@@ -107,10 +112,19 @@ void Layer::makePicture(const LayerDraw& draw, const Polygon& outline, PixelSize
     if (visible.size() < 3) {
         return;
     }
-    sampler_ = makeSampler(draw.picture.bitmap(), draw, boundsOf(visible), *kernels_);
+    sampled_ = boundsOf(visible);
+    sampler_ = makeSampler(draw.picture.bitmap(), draw, sampled_, *kernels_, pyramids);
     pictureIsOpaque_ = sampler_ && draw.picture.source()->isKnownOpaque();
     if (sampler_ && !fills) {
         picture_ = Coverage(visible, canvas, draw.opacity);
+    }
+}
+
+void Layer::keepPixels() {
+    const bool isCopied = sampler_ && sampler_->direct(sampled_.top, sampled_.left, sampled_.right) != nullptr;
+    if (sampler_ && !keepsPixels_ && !isCopied) {
+        sampler_ = makeKeepingSampler(std::move(sampler_), sampled_);
+        keepsPixels_ = true;
     }
 }
 
@@ -145,36 +159,49 @@ bool Layer::isOpaqueInside() const {
 }
 
 Span Layer::hiddenBelow(int y, LayerScratch& scratch) const {
-    if (!isOpaqueInside() || y < shape_.top() || y >= shape_.bottom()) {
+    const bool isOpaque = isOpaqueInside();
+    if (!(isOpaque || sparse_ != nullptr) || y < shape_.top() || y >= shape_.bottom()) {
+        return {};
+    }
+    const Span opaque = isOpaque ? Span{0, std::numeric_limits<int>::max()} : sparse_->widestOpaque(y);
+    if (opaque.isEmpty()) {
         return {};
     }
     const CoverageRow row = shape_.row(y, scratch.shape);
-    return row.run == 255 ? Span{row.runLeft, row.runRight} : Span{};
+    const Span hidden{std::max(row.runLeft, opaque.left), std::min(row.runRight, opaque.right)};
+    return row.run == 255 && !hidden.isEmpty() ? hidden : Span{};
 }
 
-void Layer::drawRow(int y, const Span& hidden, std::uint8_t* canvasRow, LayerScratch& scratch) const {
+void Layer::drawRow(int y, const Span& window, const Span& hidden, std::uint8_t* canvasRow,
+                    LayerScratch& scratch) const {
     if (y < shape_.top() || y >= shape_.bottom()) {
         return;
     }
     if (inner_ || picture_) {
         const CoverageRow row = shape_.wholeRow(y, scratch.shape);
-        if (!row.isEmpty()) {
-            drawMixedRow(y, row, canvasRow, scratch);
+        const Span part{std::max(row.left, window.left), std::min(row.right, window.right)};
+        if (!part.isEmpty()) {
+            drawMixedRow(y, row, part, canvasRow, scratch);
         }
         return;
     }
     const CoverageRow row = shape_.row(y, scratch.shape);
+    const Span part{std::max(row.left, window.left), std::min(row.right, window.right)};
     if (hidden.isEmpty()) {
-        drawPlainRow(y, row, {row.left, row.right}, canvasRow, scratch);
+        drawPlainRow(y, row, part, canvasRow, scratch);
         return;
     }
-    drawPlainRow(y, row, {row.left, std::min(row.right, hidden.left)}, canvasRow, scratch);
-    drawPlainRow(y, row, {std::max(row.left, hidden.right), row.right}, canvasRow, scratch);
+    drawPlainRow(y, row, {part.left, std::min(part.right, hidden.left)}, canvasRow, scratch);
+    drawPlainRow(y, row, {std::max(part.left, hidden.right), part.right}, canvasRow, scratch);
 }
 
 void Layer::drawPlainRow(int y, const CoverageRow& row, const Span& part, std::uint8_t* canvasRow,
                          LayerScratch& scratch) const {
     if (part.isEmpty()) {
+        return;
+    }
+    if (sparse_ != nullptr) {
+        drawSparseRow(y, row, part, canvasRow, scratch);
         return;
     }
     const std::uint8_t* const pixels = pixelsOfRow(y, part.left, part.right, scratch);
@@ -200,7 +227,41 @@ void Layer::drawPlainRow(int y, const CoverageRow& row, const Span& part, std::u
     draw(within(row.runRight, row.right), /*isRun=*/false);
 }
 
-void Layer::drawMixedRow(int y, const CoverageRow& row, std::uint8_t* canvasRow, LayerScratch& scratch) const {
+/// As `drawPlainRow`, but what is empty is not looked at and what is opaque goes straight to the canvas.
+void Layer::drawSparseRow(int y, const CoverageRow& row, const Span& part, std::uint8_t* canvasRow,
+                          LayerScratch& scratch) const {
+    std::uint8_t* const pixels = scratch.pixels.data();
+    const auto drawEdge = [&](int left, int right) {
+        left = std::max(left, part.left);
+        right = std::min(right, part.right);
+        if (left < right) {
+            sampler_->row(y, left, right, pixels, scratch.sampler);
+            kernels_->compositeCovered(canvasRow + static_cast<std::ptrdiff_t>(left) * 4, pixels,
+                                       scratch.shape.values.data() + left, right - left);
+        }
+    };
+    drawEdge(row.left, row.runLeft);
+    const int end = std::min(row.runRight, part.right);
+    for (int x = std::max(row.runLeft, part.left); x < end;) {
+        const SparsePicture::Stretch stretch = sparse_->stretchAt(y, x, end);
+        std::uint8_t* const to = canvasRow + static_cast<std::ptrdiff_t>(x) * 4;
+        if (stretch.content == SparsePicture::Content::opaque && row.run == 255) {
+            sampler_->row(y, x, stretch.right, to, scratch.sampler);
+        } else if (stretch.content != SparsePicture::Content::empty) {
+            const std::uint8_t* from = stretch.pixels;
+            if (from == nullptr) {
+                sampler_->row(y, x, stretch.right, pixels, scratch.sampler);
+                from = pixels;
+            }
+            kernels_->compositeUniform(to, from, row.run, stretch.right - x);
+        }
+        x = stretch.right;
+    }
+    drawEdge(row.runRight, row.right);
+}
+
+void Layer::drawMixedRow(int y, const CoverageRow& row, const Span& part, std::uint8_t* canvasRow,
+                         LayerScratch& scratch) const {
     CoverageRow pictured = sampler_ ? row : CoverageRow{};
     const auto values = [&](const std::optional<Coverage>& plane, CoverageScratch& planeScratch) {
         // What the plane does not reach is 0.
@@ -223,12 +284,14 @@ void Layer::drawMixedRow(int y, const CoverageRow& row, std::uint8_t* canvasRow,
         (void)values(pictureInner_, scratch.pictureInner);
         both = scratch.pictureInner.values.data();
     }
+    pictured.left = std::max(pictured.left, part.left);
+    pictured.right = std::min(pictured.right, part.right);
     if (!pictured.isEmpty()) {
         sampler_->row(y, pictured.left, pictured.right, scratch.pixels.data(), scratch.sampler);
     }
     const Pixel fill = fill_.value_or(Pixel{});
     const Pixel borderedFill = over(border_, fill);
-    for (int x = row.left; x < row.right; ++x) {
+    for (int x = part.left; x < part.right; ++x) {
         // The pixel's square in four parts: picture or not, within the border or under it.
         const int whole = shape[x];
         const int under = std::max(0, whole - inner[x]);

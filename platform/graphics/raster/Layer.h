@@ -15,15 +15,6 @@ using Pixel = std::array<std::uint8_t, 4>;
 /// Premultiplied, components cut to 0 ... 1; NaN counts as 0.
 [[nodiscard]] Pixel premultiplied(const Color& color);
 
-/// Pixels [left, right) of a row.
-struct Span {
-    int left = 0;
-    int right = 0;
-
-    [[nodiscard]] bool isEmpty() const { return left >= right; }
-    [[nodiscard]] int length() const { return right - left; }
-};
-
 /// Working memory of one thread.
 struct LayerScratch {
     explicit LayerScratch(int width);
@@ -40,25 +31,33 @@ struct LayerScratch {
 class Layer {
 public:
     /// Nothing where the layer cannot be seen. A picture is decoded only when some of it can be.
-    [[nodiscard]] static std::optional<Layer> make(const LayerDraw& draw, PixelSize canvas, const Kernels& kernels);
+    [[nodiscard]] static std::optional<Layer> make(const LayerDraw& draw, PixelSize canvas, const Kernels& kernels,
+                                                   Pyramids& pyramids);
 
-    [[nodiscard]] int top() const { return shape_.top(); }
-    [[nodiscard]] int bottom() const { return shape_.bottom(); }
+    /// What it may touch.
+    [[nodiscard]] const SampledArea& area() const { return area_; }
+    /// From now on, pixels that had to be worked out are kept, for a layer that will be drawn again.
+    void keepPixels();
     /// The pixels of row y that the layer replaces, whatever lies below.
     [[nodiscard]] Span hiddenBelow(int y, LayerScratch& scratch) const;
-    /// Draws row y over the canvas's row, `hidden` apart: what a layer above replaces need not be drawn.
-    void drawRow(int y, const Span& hidden, std::uint8_t* canvasRow, LayerScratch& scratch) const;
+    /// Draws the part of row y in `window` over the canvas's row, `hidden` apart: what a layer above replaces need not
+    /// be drawn.
+    void drawRow(int y, const Span& window, const Span& hidden, std::uint8_t* canvasRow, LayerScratch& scratch) const;
 
 private:
     Layer() = default;
-    void makePicture(const LayerDraw& draw, const Polygon& outline, PixelSize canvas);
+    void makePicture(const LayerDraw& draw, const Polygon& outline, PixelSize canvas, Pyramids& pyramids);
     [[nodiscard]] bool isOpaqueInside() const;
     void drawPlainRow(int y, const CoverageRow& row, const Span& part, std::uint8_t* canvasRow,
                       LayerScratch& scratch) const;
-    void drawMixedRow(int y, const CoverageRow& row, std::uint8_t* canvasRow, LayerScratch& scratch) const;
+    void drawSparseRow(int y, const CoverageRow& row, const Span& part, std::uint8_t* canvasRow,
+                       LayerScratch& scratch) const;
+    void drawMixedRow(int y, const CoverageRow& row, const Span& part, std::uint8_t* canvasRow,
+                      LayerScratch& scratch) const;
     [[nodiscard]] const std::uint8_t* pixelsOfRow(int y, int left, int right, LayerScratch& scratch) const;
 
     const Kernels* kernels_ = nullptr;
+    SampledArea area_;
     Coverage shape_;
     std::optional<Coverage> inner_;        // within the border, where there is one
     std::optional<Coverage> picture_;      // where the picture leaves parts of the shape free
@@ -66,7 +65,10 @@ private:
     std::optional<Pixel> fill_;
     Pixel border_{};
     std::unique_ptr<Sampler> sampler_;
+    const SparseRows* sparse_ = nullptr; // the sampler's, where the layer is nothing but its picture
+    SampledArea sampled_;
     bool pictureIsOpaque_ = false;
+    bool keepsPixels_ = false;
 };
 
 } // namespace quillomat::raster

@@ -61,4 +61,15 @@ PixelView Pyramid::level(int x, int y) const {
     return view(made(x, y));
 }
 
+std::shared_ptr<const Pyramid> Pyramids::of(const SharedBitmap& picture) {
+    std::erase_if(known_, [](const auto& entry) { return entry.second.expired(); });
+    std::weak_ptr<const Pyramid>& place = known_[picture.get()];
+    std::shared_ptr<const Pyramid> pyramid = place.lock();
+    if (!pyramid) {
+        pyramid = std::make_shared<const Pyramid>(picture);
+        place = pyramid;
+    }
+    return pyramid;
+}
+
 } // namespace quillomat::raster

@@ -103,10 +103,10 @@ AxisTable Axis::table(int from, int to, int samples) const {
 /// Rows are combined first, then columns: no row is kept, so bands need not know each other.
 class StretchSampler final : public Sampler {
 public:
-    StretchSampler(SharedBitmap picture, const Axis& across, const Axis& down, const SampledArea& area,
-                   const Kernels& kernels)
+    StretchSampler(std::shared_ptr<const Pyramid> picture, const Axis& across, const Axis& down,
+                   const SampledArea& area, const Kernels& kernels)
         : pyramid_(std::move(picture))
-        , view_(pyramid_.level(across.level, down.level))
+        , view_(pyramid_->level(across.level, down.level))
         , columns_(across.table(area.left, area.right, view_.width))
         , rows_(down.table(area.top, area.bottom, view_.height))
         , kernels_(kernels) {}
@@ -137,7 +137,7 @@ public:
     }
 
 private:
-    Pyramid pyramid_;
+    std::shared_ptr<const Pyramid> pyramid_;
     PixelView view_;
     AxisTable columns_;
     AxisTable rows_;
@@ -173,26 +173,26 @@ std::optional<AxisMap> axisMap(const Homography& pictureToCanvas) {
     return map;
 }
 
-std::unique_ptr<Sampler> makeStretchSampler(SharedBitmap picture, const AxisMap& map, PictureFilter filter,
-                                            const SampledArea& area, const Kernels& kernels) {
+std::unique_ptr<Sampler> makeStretchSampler(std::shared_ptr<const Pyramid> picture, const AxisMap& map,
+                                            PictureFilter filter, const SampledArea& area, const Kernels& kernels) {
     return std::make_unique<StretchSampler>(std::move(picture), Axis(map.originX, map.scaleX, filter),
                                             Axis(map.originY, map.scaleY, filter), area, kernels);
 }
 
-std::unique_ptr<Sampler> makeSampler(SharedBitmap picture, const LayerDraw& draw, const SampledArea& area,
-                                     const Kernels& kernels) {
+std::unique_ptr<Sampler> makeSampler(const SharedBitmap& picture, const LayerDraw& draw, const SampledArea& area,
+                                     const Kernels& kernels, Pyramids& pyramids) {
     if (!picture || picture->size().isEmpty() || area.left >= area.right || area.top >= area.bottom) {
         return nullptr;
     }
     const Homography toCanvas = pictureToCanvas(draw, picture->size());
     if (const auto along = axisMap(toCanvas)) {
         if (along->isWholePixelShift(picture->size())) {
-            return makeCopySampler(std::move(picture), *along);
+            return makeCopySampler(picture, *along);
         }
-        return makeStretchSampler(std::move(picture), *along, draw.filter, area, kernels);
+        return makeStretchSampler(pyramids.of(picture), *along, draw.filter, area, kernels);
     }
     const auto toPicture = toCanvas.inverse();
-    return toPicture ? makeWarpSampler(std::move(picture), *toPicture, kernels) : nullptr;
+    return toPicture ? makeWarpSampler(pyramids.of(picture), *toPicture, kernels) : nullptr;
 }
 
 } // namespace quillomat::raster

@@ -54,8 +54,8 @@ int levelForWidth(double width) {
 
 class WarpSampler final : public Sampler {
 public:
-    WarpSampler(SharedBitmap picture, const Homography& canvasToPicture, const Kernels& kernels)
-        : size_(picture->size()), pyramid_(std::move(picture)), map_(canvasToPicture), kernels_(kernels) {}
+    WarpSampler(std::shared_ptr<const Pyramid> picture, const Homography& canvasToPicture, const Kernels& kernels)
+        : size_(picture->picture()->size()), pyramid_(std::move(picture)), map_(canvasToPicture), kernels_(kernels) {}
 
     void row(int y, int left, int right, std::uint8_t* out, SamplerScratch& scratch) const override {
         scratch.u.resize(longestSegment);
@@ -126,7 +126,7 @@ private:
         Level level;
         level.scaleU = 1 / factorU;
         level.scaleV = 1 / factorV;
-        level.footprint.picture = pyramid_.level(levelU, levelV);
+        level.footprint.picture = pyramid_->level(levelU, levelV);
         level.footprint.columns = &phaseTable(columns.a, columns.b);
         level.footprint.rows = &phaseTable(rows.a, rows.b);
         // Beyond 16 columns a row nothing is told apart that so few rows of taps could show.
@@ -156,14 +156,14 @@ private:
     }
 
     PixelSize size_;
-    Pyramid pyramid_;
+    std::shared_ptr<const Pyramid> pyramid_;
     Homography map_;
     const Kernels& kernels_;
 };
 
 } // namespace
 
-std::unique_ptr<Sampler> makeWarpSampler(SharedBitmap picture, const Homography& canvasToPicture,
+std::unique_ptr<Sampler> makeWarpSampler(std::shared_ptr<const Pyramid> picture, const Homography& canvasToPicture,
                                          const Kernels& kernels) {
     return std::make_unique<WarpSampler>(std::move(picture), canvasToPicture, kernels);
 }

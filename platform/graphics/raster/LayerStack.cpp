@@ -1,0 +1,58 @@
+#include "platform/graphics/raster/LayerStack.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+#include <thread>
+
+namespace quillomat::raster {
+
+namespace {
+
+constexpr int bandRows = 32;
+
+} // namespace
+
+void LayerStack::drawRows(int first, int count, const Span& columns, std::uint8_t* out) const {
+    const std::size_t stride = static_cast<std::size_t>(canvas_.width) * 4;
+    LayerScratch scratch(canvas_.width);
+    std::vector<Span> hidden(layers_.size());
+    for (int y = first; y < first + count; ++y) {
+        // From the top down: the widest run of pixels that a layer above replaces.
+        Span widest;
+        for (std::size_t i = hidden.size(); i-- > 0;) {
+            hidden[i] = widest;
+            const Span here = layers_[i]->hiddenBelow(y, scratch);
+            widest = here.length() > widest.length() ? here : widest;
+        }
+        std::uint8_t* const row = out + stride * static_cast<std::size_t>(y - first);
+        if (widest.left > columns.left || widest.right < columns.right) {
+            std::memset(row + static_cast<std::ptrdiff_t>(columns.left) * 4, 0,
+                        static_cast<std::size_t>(columns.length()) * 4);
+        }
+        for (std::size_t i = 0; i < hidden.size(); ++i) {
+            layers_[i]->drawRow(y, columns, hidden[i], row, scratch);
+        }
+    }
+}
+
+void LayerStack::drawOn(Bitmap& picture, const SampledArea& area, int threads) const {
+    const Span columns{area.left, area.right};
+    const int bands = (area.bottom - area.top + bandRows - 1) / bandRows;
+    std::atomic<int> next{0};
+    const auto work = [&] {
+        for (int band = next++; band < bands; band = next++) {
+            const int first = area.top + band * bandRows;
+            drawRows(first, std::min(bandRows, area.bottom - first), columns, picture.row(first));
+        }
+    };
+    const int cores = threads > 0 ? threads : static_cast<int>(std::thread::hardware_concurrency());
+    std::vector<std::jthread> helpers;
+    for (int i = 1; i < std::min(cores, bands); ++i) {
+        helpers.emplace_back(work);
+    }
+    work();
+    helpers.clear(); // joins
+}
+
+} // namespace quillomat::raster
