@@ -2,11 +2,14 @@
 
 #include "hosts/qt/WindowApplication.h"
 
+#include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QPointingDevice>
 #include <QQmlContext>
 #include <QQmlEngine>
+#include <QTouchEvent>
 #include <QtQuickTest>
 
 namespace quillomat {
@@ -76,6 +79,15 @@ void ScreensSession::addBrokenPicture(const QString& name) {
 
 void ScreensSession::addFolder(const QString& name) {
     QDir(pictures()).mkdir(name);
+}
+
+void ScreensSession::cancelTouches(QObject* window) {
+    for (const QInputDevice* device : QInputDevice::devices()) {
+        if (device->type() == QInputDevice::DeviceType::TouchScreen) {
+            QTouchEvent cancel(QEvent::TouchCancel, static_cast<const QPointingDevice*>(device));
+            QCoreApplication::sendEvent(window, &cancel);
+        }
+    }
 }
 
 } // namespace quillomat

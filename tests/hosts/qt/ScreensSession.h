@@ -28,6 +28,8 @@ public:
     Q_INVOKABLE void addPicture(const QString& name, const QString& sample, int ageInSeconds);
     Q_INVOKABLE void addBrokenPicture(const QString& name);
     Q_INVOKABLE void addFolder(const QString& name);
+    /// Takes all fingers off the glass at once, as a system does that wants the touch for itself.
+    Q_INVOKABLE void cancelTouches(QObject* window);
 
 public slots:
     void applicationAvailable();

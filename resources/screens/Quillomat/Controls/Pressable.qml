@@ -10,6 +10,7 @@ Item {
     property string hint: ""
     property bool available: true
     property bool sinks: true
+    property bool scrolls: false // stands in something that a finger moves
     property alias ringRadius: ring.radius
     readonly property bool pressed: tap.pressed
     readonly property bool hovered: hover.hovered
@@ -41,7 +42,7 @@ Item {
 
     TapHandler {
         id: tap
-        gesturePolicy: TapHandler.ReleaseWithinBounds
+        gesturePolicy: root.scrolls ? TapHandler.DragThreshold : TapHandler.ReleaseWithinBounds
         onTapped: root.trigger()
     }
     HoverHandler {

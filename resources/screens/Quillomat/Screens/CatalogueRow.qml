@@ -15,6 +15,7 @@ Pressable {
     name: typeLabel
     hint: descLabel
     sinks: true
+    scrolls: true
     ringRadius: Theme.cardRadius
     Accessible.role: Accessible.ListItem
 

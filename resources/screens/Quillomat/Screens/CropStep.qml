@@ -99,12 +99,19 @@ FocusScope {
         PinchHandler {
             target: null
             property real last: 1
-            onActiveChanged: last = 1
-            onActiveScaleChanged: {
-                const point = hole.mapFromItem(room, centroid.position.x, centroid.position.y);
-                root.crop.zoom(activeScale / last, point.x / hole.width, point.y / hole.height);
+            property point held
+            function follow(): void {
+                const now = hole.mapFromItem(room, centroid.position.x, centroid.position.y);
+                root.crop.move((now.x - held.x) / hole.width, (now.y - held.y) / hole.height);
+                root.crop.zoom(activeScale / last, now.x / hole.width, now.y / hole.height);
+                held = now;
                 last = activeScale;
             }
+            onActiveChanged: {
+                last = activeScale;
+                held = hole.mapFromItem(room, centroid.position.x, centroid.position.y);
+            }
+            onUpdated: if (active) follow()
         }
         WheelHandler {
             acceptedDevices: PointerDevice.AllDevices

@@ -43,6 +43,7 @@ PickerFrame {
             width: list.width
             height: Theme.target + Theme.step
             name: fileName
+            scrolls: true
             onTriggered: {
                 list.currentIndex = index;
                 if (isFolder)

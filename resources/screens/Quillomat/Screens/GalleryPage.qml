@@ -39,6 +39,7 @@ ScreenPage {
             width: column.width
             height: root.screen.cellHeight * column.zoom
             name: modelData
+            scrolls: true
             ringRadius: Theme.cardRadius
             onTriggered: {
                 column.currentIndex = index;

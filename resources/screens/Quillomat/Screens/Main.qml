@@ -33,14 +33,16 @@ Window {
                 Qt.callLater(root.close);
         }
         function onPushed(screen: QtObject): void {
+            swipe.end();
             const page = screen.kind === "list" ? listPage : screen.kind === "gallery" ? galleryPage : editorPage;
             stack.push(page, { "screen": screen }, stack.depth === 0 ? Basic.StackView.Immediate
                                                                      : Basic.StackView.PushTransition);
             stack.currentItem.forceActiveFocus();
         }
         function onPoppedTo(depth: int): void {
+            const isGone = swipe.end();
             if (depth < stack.depth)
-                stack.pop(stack.get(depth - 1));
+                stack.pop(stack.get(depth - 1), isGone ? Basic.StackView.Immediate : Basic.StackView.PopTransition);
             stack.currentItem.forceActiveFocus();
         }
     }
@@ -100,18 +102,11 @@ Window {
         }
     }
 
-    // A finger that comes in over the left edge goes back.
-    Item {
-        width: Theme.margin
-        height: parent.height
-        enabled: stack.depth > 1 && !Shell.presentation
-        DragHandler {
-            id: edge
-            target: null
-            yAxis.enabled: false
-            acceptedDevices: PointerDevice.TouchScreen
-            onActiveChanged: if (!active && edge.centroid.position.x > Theme.target * 2) Shell.back()
-        }
+    BackSwipe {
+        id: swipe
+        anchors.fill: parent
+        stack: stack
+        allowed: !Shell.presentation
     }
 
     Shortcut {

@@ -15,6 +15,7 @@ Pressable {
     property bool current: false
 
     name: fileName
+    scrolls: true
 
     Rectangle {
         anchors.fill: parent

@@ -51,6 +51,7 @@ QtObject {
     readonly property real gap: 12
     readonly property real margin: 16
     readonly property real target: 44
+    readonly property real edge: 20 // where a finger comes in to go back
     readonly property real cardRadius: 20
     readonly property real wellRadius: 16
     readonly property real smallRadius: 10
