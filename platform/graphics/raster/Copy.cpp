@@ -94,18 +94,4 @@ std::unique_ptr<Sampler> makeCopySampler(SharedBitmap picture, const AxisMap& ma
                                          static_cast<int>(std::lround(map.originY)));
 }
 
-bool liesOnPixels(const LayerDraw& draw, PixelSize picture) {
-    if (picture.isEmpty()) {
-        return false;
-    }
-    const auto along = axisMap(pictureToCanvas(draw, picture));
-    return along && along->isWholePixelShift(picture);
-}
-
-std::unique_ptr<Sampler> makeSparseSampler(std::shared_ptr<const SparsePicture> picture, const LayerDraw& draw) {
-    const auto along = axisMap(pictureToCanvas(draw, picture->size()));
-    return std::make_unique<SparseSampler>(std::move(picture), static_cast<int>(std::lround(along->originX)),
-                                           static_cast<int>(std::lround(along->originY)));
-}
-
 } // namespace quillomat::raster
