@@ -9,7 +9,7 @@
 //     Fill, picture and border of a layer share it, so that edges are blended once.
 //  4. `makeSampler` (raster/Sampler.h) chooses where the picture's pixels come from: a copy under a whole-pixel shift,
 //     a separable stretch along the axes, else a sheared separable footprint that follows the map's derivative.
-//     `Pyramid` halves pictures that are shrunk too far for the tables of small weights (`phaseTable`).
+//     `Pyramid` halves pictures that are shrunk too far for the tables of small weights (`columnTable`, `rowTable`).
 //  5. `Layer::drawRow` (raster/Layer.h) puts the row's pixels over the canvas's, copying where both allow it.
 //  6. `Kernels` (raster/Kernels.h) are the hot loops of 4 and 5, in integers: each variant gives the same bits.
 //  7. `LayerStack::drawRows` runs 3 to 6 for a band of rows; `drawOn` hands bands to threads. No row depends on

@@ -14,44 +14,53 @@ struct PixelView {
     std::size_t stride = 0;
 };
 
-constexpr int phaseBits = 7;
+constexpr int phaseBits = 8;
 constexpr int phases = 1 << phaseBits;
 constexpr int mostTaps = 16;
 
-/// Weights of one filter profile at each of 128 phases of a position, laid out as vectors read them.
-struct PhaseTable {
-    int columnTaps = 4; // 4, 8, 12 or 16
-    int rowTaps = 2;    // even, up to 16
-    /// Column tap t reads the whole position - columnTaps / 2 + 1 + t; row tap t reads it + rowStart(phase) + t.
-    int firstRowStart = 0;
-    int laterRowStartsFrom = phases; // from this phase on, rows start one later
-    /// A line has columnTaps x 4 bytes: of each two taps the pair of weights, four times over, once for each channel.
-    /// The weights sum to 256, none is over 255.
-    const std::uint8_t* columns = nullptr;
-    /// A line has rowTaps x 8 numbers: each weight eight times over. They sum to 32768, none is over 32767.
-    const std::int16_t* rows = nullptr;
+/// Weights of one filter profile at each of 256 phases of a column position. Tap t of a position reads the whole
+/// position - taps / 2 + 1 + t. The weights of a line sum to 256, none is over 255.
+struct ColumnTable {
+    int taps = 4; // 4, 8, 12 or 16
+    /// The line of phase 0. A line has taps x 4 bytes: of each two taps the pair of weights, four times over, once for
+    /// each channel. There are lines from phase -128 up to phase 383: they weigh a neighbouring whole position's taps.
+    const std::uint8_t* lines = nullptr;
 
-    [[nodiscard]] std::ptrdiff_t columnLine() const { return columnTaps * 4; }
-    [[nodiscard]] std::ptrdiff_t rowLine() const { return rowTaps * 8; }
-    [[nodiscard]] int rowStart(int phase) const { return firstRowStart + (phase >= laterRowStartsFrom ? 1 : 0); }
-    [[nodiscard]] std::uint8_t columnWeight(int phase, int tap) const {
-        return columns[phase * columnLine() + (tap / 2) * 8 + tap % 2];
+    [[nodiscard]] std::ptrdiff_t line() const { return taps * 4; }
+    [[nodiscard]] std::uint8_t weight(int phase, int tap) const {
+        return lines[phase * line() + (tap / 2) * 8 + tap % 2];
     }
-    [[nodiscard]] std::int16_t rowWeight(int phase, int tap) const { return rows[phase * rowLine() + tap * 8]; }
+};
+constexpr int phasesBeyond = phases / 2;
+
+/// The same for rows: tap t reads the whole position - taps / 2 + 1 + t. The weights of a line sum to 32768, none is
+/// over 32767.
+struct RowTable {
+    int taps = 2; // even, up to 16
+    const std::int16_t* lines = nullptr;
+
+    [[nodiscard]] std::int16_t weight(int phase, int tap) const { return lines[phase * taps + tap]; }
 };
 
-/// A sheared separable footprint, the same over a stretch of pixels. Positions are in 1/128 of a picture's pixel, the
+/// A sheared separable footprint, the same over a stretch of pixels. Positions are in 1/256 of a picture's pixel, the
 /// centre of the first pixel being 0.
 struct Footprint {
     PixelView picture;
-    const PhaseTable* columns = nullptr;
-    const PhaseTable* rows = nullptr;
-    std::int32_t shear = 0; // columns per row, times 65536, at most 16 of them
+    const ColumnTable* columns = nullptr;
+    const RowTable* rows = nullptr;
+    /// Columns per row, times 32768, at most 16 of them.
+    std::int32_t shear = 0;
+    /// All rows begin at one column, that of the footprint's middle, and their phases differ by a whole number each:
+    /// then `shear` is a multiple of `steadyShear`, it moves no row by more than `phasesBeyond` from the middle, and
+    /// the rows of a segment lie within 2^31 bytes.
+    bool isSteady = false;
 };
+constexpr int shearOne = 1 << 15;
+constexpr int steadyShear = shearOne / phases;
 
 constexpr int longestSegment = 64;
 
-/// A row of projected positions: at canvas coordinate x, u = (x uStep + u0) / (x wStep + w0), and so v, in 1/128 of a
+/// A row of projected positions: at canvas coordinate x, u = (x uStep + u0) / (x wStep + w0), and so v, in 1/256 of a
 /// pixel. They are cut to where all taps read the picture's edge anyway; what is no number becomes the lowest.
 struct ProjectedRow {
     double u0 = 0, uStep = 0;
@@ -61,11 +70,28 @@ struct ProjectedRow {
 };
 constexpr double lowestPosition = -32 * phases;
 
+/// Positions along a segment in which w hardly changes: start + step i + bend i², rounded, `origin` apart.
+struct CurvedRow {
+    struct Axis {
+        std::int32_t origin = 0;
+        float start = 0;
+        float step = 0;
+        float bend = 0;
+    };
+    Axis u;
+    Axis v;
+};
+/// Positions lie less than this from their origin.
+constexpr float farthestFromOrigin = 1 << 17;
+
 struct Kernels {
     const char* name;
 
     /// Positions of the centres of `count` canvas pixels from column `left` on.
     void (*projectPositions)(const ProjectedRow& row, int left, int count, std::int32_t* u, std::int32_t* v);
+    /// The same along a curve, `first` pixels from its start. What u and v hold beyond `count`, up to
+    /// `longestSegment` of them, is lost.
+    void (*followCurve)(const CurvedRow& row, int first, int count, std::int32_t* u, std::int32_t* v);
     /// Filters up to `longestSegment` pixels at the positions (u, v). Taps outside the picture read its nearest pixel.
     void (*filterFootprint)(const Footprint& footprint, const std::int32_t* u, const std::int32_t* v, int count,
                             std::uint8_t* out);

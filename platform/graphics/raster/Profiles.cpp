@@ -36,30 +36,38 @@ double tentSecondIntegral(double t) {
     return t < 0 ? from * from * from / 6 : t + to * to * to / 6;
 }
 
-/// An outline of n samples on each side of the whole position holds the sum of both widths and the tent.
-int tapsForWidths(double sum) {
-    return sum <= 2 ? 4 : sum <= 6 ? 8 : sum <= 10 ? 12 : 16;
+/// n samples on each side of a position hold the sum of both widths and the tent, and the slack.
+int tapsForReach(double sum, double slack) {
+    const double diameter = sum + 2 * slack;
+    return diameter <= 2 ? 4 : diameter <= 6 ? 8 : diameter <= 10 ? 12 : 16;
 }
 
-// Sixteenths up to 2, eighths up to 6, quarters above: 32 steps each.
-constexpr int stepsPerPart = 32;
+// Below each bound, that many steps to a sample.
+struct WidthPart {
+    double from = 0;
+    double to = 0;
+    int stepsPerSample = 0;
+};
+constexpr WidthPart widthParts[] = {{0, 2, 32}, {2, 6, 16}, {6, widestBoxes, 8}};
+constexpr int stepsPerPart = 64;
 constexpr int widthSteps = 3 * stepsPerPart + 1;
-static_assert(widestBoxes == 14);
 
 int stepOfWidth(double width) {
     const double bounded = width > 0 ? std::min(width, widestBoxes) : 0;
-    if (bounded < 2) {
-        return static_cast<int>(std::lround(bounded * 16));
+    int before = 0;
+    for (const WidthPart& part : widthParts) {
+        if (bounded < part.to) {
+            return before + static_cast<int>(std::lround((bounded - part.from) * part.stepsPerSample));
+        }
+        before += stepsPerPart;
     }
-    return static_cast<int>(bounded < 6 ? std::lround(stepsPerPart + (bounded - 2) * 8)
-                                        : std::lround(2 * stepsPerPart + (bounded - 6) * 4));
+    return before;
 }
 
 double widthOfStep(int step) {
-    if (step < stepsPerPart) {
-        return step / 16.0;
-    }
-    return step < 2 * stepsPerPart ? 2 + (step - stepsPerPart) / 8.0 : 6 + (step - 2 * stepsPerPart) / 4.0;
+    const auto part = static_cast<std::size_t>(std::min(step / stepsPerPart, 2));
+    const int within = step - static_cast<int>(part) * stepsPerPart;
+    return widthParts[part].from + static_cast<double>(within) / widthParts[part].stepsPerSample;
 }
 
 /// Rounds weights of sum 1 to integers of the sum `total`, none over `limit`. The rounding's remainder goes to the
@@ -84,84 +92,101 @@ void quantise(const std::array<double, mostTaps>& weights, int total, int limit,
     std::transform(rounded.begin(), rounded.end(), out, [](int weight) { return static_cast<Integer>(weight); });
 }
 
-/// A table and the memory that it points to.
-struct OwnedTable {
-    PhaseTable table;
-    std::vector<std::uint8_t> columns;
-    std::vector<std::int16_t> rows;
-};
-
-std::array<double, mostTaps> weightsFrom(int first, int taps, double at, double width, double otherWidth) {
+/// The profile sampled at the taps about a position of that phase.
+std::array<double, mostTaps> weightsAt(int phase, int taps, double width, double otherWidth) {
     std::array<double, mostTaps> weights{};
     for (int tap = 0; tap < taps; ++tap) {
-        weights[static_cast<std::size_t>(tap)] = boxBoxTent(first + tap - at, width, otherWidth);
+        weights[static_cast<std::size_t>(tap)] =
+            boxBoxTent(tap + 1 - taps / 2 - static_cast<double>(phase) / phases, width, otherWidth);
     }
     return weights;
 }
 
-void addColumns(OwnedTable& owned, double at, double width, double otherWidth) {
-    const int taps = owned.table.columnTaps;
-    std::array<std::uint8_t, mostTaps> line{};
-    quantise(weightsFrom(1 - taps / 2, taps, at, width, otherWidth), 256, 255, line.data());
-    for (std::size_t pair = 0; pair < static_cast<std::size_t>(taps); pair += 2) {
-        for (int channel = 0; channel < 4; ++channel) {
-            owned.columns.push_back(line[pair]);
-            owned.columns.push_back(line[pair + 1]);
+/// A table and the memory that it points to.
+struct OwnedColumns {
+    ColumnTable table;
+    std::vector<std::uint8_t> bytes;
+};
+
+struct OwnedRows {
+    RowTable table;
+    std::vector<std::int16_t> numbers;
+};
+
+std::unique_ptr<const OwnedColumns> makeColumns(double width, double otherWidth, int taps) {
+    auto owned = std::make_unique<OwnedColumns>();
+    owned->table.taps = taps;
+    const auto inLine = static_cast<std::size_t>(owned->table.line());
+    owned->bytes.resize(inLine * 2 * phases);
+    for (int phase = -phasesBeyond; phase < phases + phasesBeyond; ++phase) {
+        std::array<std::uint8_t, mostTaps> line{};
+        quantise(weightsAt(phase, taps, width, otherWidth), 256, 255, line.data());
+        std::uint8_t* out = owned->bytes.data() + static_cast<std::size_t>(phase + phasesBeyond) * inLine;
+        for (std::size_t pair = 0; pair < static_cast<std::size_t>(taps); pair += 2) {
+            for (int channel = 0; channel < 4; ++channel) {
+                *out++ = line[pair];
+                *out++ = line[pair + 1];
+            }
         }
     }
-}
-
-void addRows(OwnedTable& owned, int phase, double at, double width, double otherWidth) {
-    const int first = static_cast<int>(std::floor(at - (width + otherWidth + 2) / 2)) + 1;
-    std::array<std::int16_t, mostTaps> line{};
-    quantise(weightsFrom(first, owned.table.rowTaps, at, width, otherWidth), 32768, 32767, line.data());
-    if (phase == 0) {
-        owned.table.firstRowStart = first;
-    } else if (first > owned.table.firstRowStart) {
-        owned.table.laterRowStartsFrom = std::min(owned.table.laterRowStartsFrom, phase);
-    }
-    for (std::size_t tap = 0; tap < static_cast<std::size_t>(owned.table.rowTaps); ++tap) {
-        owned.rows.insert(owned.rows.end(), 8, line[tap]);
-    }
-}
-
-std::unique_ptr<const OwnedTable> makeTable(double width, double otherWidth) {
-    auto owned = std::make_unique<OwnedTable>();
-    owned->table.columnTaps = tapsForWidths(width + otherWidth);
-    const int rowTaps = static_cast<int>(std::ceil(width + otherWidth + 2));
-    owned->table.rowTaps = rowTaps + rowTaps % 2;
-    for (int phase = 0; phase < phases; ++phase) {
-        const double at = static_cast<double>(phase) / phases;
-        addColumns(*owned, at, width, otherWidth);
-        addRows(*owned, phase, at, width, otherWidth);
-    }
-    owned->table.columns = owned->columns.data();
-    owned->table.rows = owned->rows.data();
+    owned->table.lines = owned->bytes.data() + phasesBeyond * inLine;
     return owned;
 }
 
-/// All tables that have been made, by their steps.
-class TableShelf {
+std::unique_ptr<const OwnedRows> makeRows(double width, double otherWidth, int taps) {
+    auto owned = std::make_unique<OwnedRows>();
+    owned->table.taps = taps;
+    owned->numbers.resize(static_cast<std::size_t>(phases * taps));
+    for (int phase = 0; phase < phases; ++phase) {
+        std::array<std::int16_t, mostTaps> line{};
+        quantise(weightsAt(phase, taps, width, otherWidth), 32768, 32767, line.data());
+        std::copy_n(line.begin(), taps, owned->numbers.begin() + static_cast<std::ptrdiff_t>(phase) * taps);
+    }
+    owned->table.lines = owned->numbers.data();
+    return owned;
+}
+
+/// All tables of one kind that have been made, by their steps and taps.
+template <typename Owned> class TableShelf {
 public:
-    const PhaseTable& at(int wide, int narrow) {
-        std::atomic<const PhaseTable*>& slot =
-            slots_[static_cast<std::size_t>(wide) * widthSteps + static_cast<std::size_t>(narrow)];
-        if (const PhaseTable* made = slot.load(std::memory_order_acquire)) {
+    using Table = decltype(Owned::table);
+    using Maker = std::unique_ptr<const Owned> (*)(double, double, int);
+
+    const Table& at(int wide, int narrow, int taps, Maker make) {
+        auto& slot = slots_[(static_cast<std::size_t>(wide) * widthSteps + static_cast<std::size_t>(narrow)) * kinds +
+                            static_cast<std::size_t>(taps - 1) / 4];
+        if (const Table* made = slot.load(std::memory_order_acquire)) {
             return *made;
         }
         const std::scoped_lock lock(mutex_);
-        if (const PhaseTable* made = slot.load(std::memory_order_acquire)) {
+        if (const Table* made = slot.load(std::memory_order_acquire)) {
             return *made;
         }
-        kept_.push_back(makeTable(widthOfStep(wide), widthOfStep(narrow)));
+        kept_.push_back(make(widthOfStep(wide), widthOfStep(narrow), taps));
         slot.store(&kept_.back()->table, std::memory_order_release);
         return kept_.back()->table;
     }
 
 private:
-    std::array<std::atomic<const PhaseTable*>, std::size_t{widthSteps} * widthSteps> slots_{};
+    static constexpr std::size_t kinds = 4;
+    std::array<std::atomic<const Table*>, std::size_t{widthSteps} * widthSteps * kinds> slots_{};
     std::mutex mutex_;
-    std::vector<std::unique_ptr<const OwnedTable>> kept_;
+    std::vector<std::unique_ptr<const Owned>> kept_;
+};
+
+struct WidthPair {
+    int wide = 0;
+    int narrow = 0;
+
+    WidthPair(double width, double otherWidth)
+        : wide(stepOfWidth(std::max(width, otherWidth))), narrow(stepOfWidth(std::min(width, otherWidth))) {
+        // Both were rounded: together they must still fit the taps.
+        while (narrow > 0 && sum() > widestBoxes) {
+            --narrow;
+        }
+    }
+
+    [[nodiscard]] double sum() const { return widthOfStep(wide) + widthOfStep(narrow); }
 };
 
 } // namespace
@@ -192,17 +217,17 @@ double keysCubic(double t) {
     return x < 2 ? ((-0.5 * x + 2.5) * x - 4) * x + 2 : 0;
 }
 
-const PhaseTable& phaseTable(double boxWidth, double otherWidth) {
-    static TableShelf shelf;
-    const double wide = std::max(boxWidth, otherWidth);
-    const double narrow = std::min(boxWidth, otherWidth);
-    const int wideStep = stepOfWidth(wide);
-    int narrowStep = stepOfWidth(narrow);
-    // Both were rounded: together they must still fit the taps.
-    while (narrowStep > 0 && widthOfStep(wideStep) + widthOfStep(narrowStep) > widestBoxes) {
-        --narrowStep;
-    }
-    return shelf.at(wideStep, narrowStep);
+const ColumnTable& columnTable(double boxWidth, double otherWidth, double slack) {
+    static TableShelf<OwnedColumns> shelf;
+    const WidthPair widths(boxWidth, otherWidth);
+    return shelf.at(widths.wide, widths.narrow, tapsForReach(widths.sum(), slack), makeColumns);
+}
+
+const RowTable& rowTable(double boxWidth, double otherWidth) {
+    static TableShelf<OwnedRows> shelf;
+    const WidthPair widths(boxWidth, otherWidth);
+    const int taps = static_cast<int>(std::ceil(widths.sum() + 2));
+    return shelf.at(widths.wide, widths.narrow, taps + taps % 2, makeRows);
 }
 
 } // namespace quillomat::raster

@@ -17,9 +17,10 @@ namespace quillomat::raster {
 /// The widths of two boxes together that the tables hold.
 constexpr double widestBoxes = 14;
 
-/// The table of one pair of boxes and a tent. The widths are rounded to sixteenths below 2, to eighths up to 6 and to
-/// quarters above. Each table is made when it is first asked for and
-/// kept; asking is safe from any thread.
-[[nodiscard]] const PhaseTable& phaseTable(double boxWidth, double otherWidth);
+/// The tables of one pair of boxes and a tent. The widths are rounded to 32nds below 2, to sixteenths up to 6 and to
+/// eighths above. Column tables have room for the boxes' and the tent's reach and `slack` more columns on each side, as
+/// far as `mostTaps` allow. Each table is made when it is first asked for and kept; asking is safe from any thread.
+[[nodiscard]] const ColumnTable& columnTable(double boxWidth, double otherWidth, double slack = 0);
+[[nodiscard]] const RowTable& rowTable(double boxWidth, double otherWidth);
 
 } // namespace quillomat::raster

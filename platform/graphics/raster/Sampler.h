@@ -8,9 +8,50 @@
 
 #include <cstdint>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace quillomat::raster {
+
+/// Neighbouring pixels of a row that share a footprint.
+struct FootprintBlock {
+    int left = 0;
+    int length = 0;
+    Footprint footprint;
+    double scaleU = 1; // of the picture that the footprint reads, to the whole one
+    double scaleV = 1;
+};
+
+/// The blocks that one sampler has found for the rows that go together.
+class FootprintBlocks {
+public:
+    explicit FootprintBlocks(const void* sampler) : sampler_(sampler) {}
+
+    [[nodiscard]] bool isOf(const void* sampler) const { return sampler == sampler_; }
+    /// Forgets the blocks of other rows.
+    void begin(int rows, std::size_t places) {
+        found_ += rows != rows_ ? 1 : 0;
+        rows_ = rows;
+        if (blocks_.size() < places) {
+            blocks_.resize(places);
+        }
+    }
+    /// The block kept at a place, and whether it has been filled in for these rows.
+    [[nodiscard]] std::pair<FootprintBlock*, bool> at(std::size_t place) {
+        Kept& kept = blocks_[place];
+        return {&kept.block, std::exchange(kept.found, found_) == found_};
+    }
+
+private:
+    struct Kept {
+        std::uint32_t found = 0;
+        FootprintBlock block;
+    };
+    const void* sampler_;
+    int rows_ = -1;
+    std::uint32_t found_ = 0;
+    std::vector<Kept> blocks_;
+};
 
 /// Working memory of one thread, grown as samplers need it.
 struct SamplerScratch {
@@ -19,6 +60,16 @@ struct SamplerScratch {
     std::vector<std::int16_t> weights;
     std::vector<std::int32_t> u;
     std::vector<std::int32_t> v;
+    std::vector<FootprintBlocks> footprints; // of each sampler that has asked
+
+    [[nodiscard]] FootprintBlocks& footprintsOf(const void* asking) {
+        for (FootprintBlocks& blocks : footprints) {
+            if (blocks.isOf(asking)) {
+                return blocks;
+            }
+        }
+        return footprints.emplace_back(asking);
+    }
 };
 
 /// Pixels of canvas rows, premultiplied, as if the picture went on beyond its edges for ever. Thread-safe.
@@ -60,7 +111,8 @@ struct SampledArea {
                                                           PictureFilter filter, const SampledArea& area,
                                                           const Kernels& kernels);
 [[nodiscard]] std::unique_ptr<Sampler> makeWarpSampler(std::shared_ptr<const Pyramid> picture,
-                                                       const Homography& canvasToPicture, const Kernels& kernels);
+                                                       const Homography& canvasToPicture, const SampledArea& area,
+                                                       const Kernels& kernels);
 /// The cheapest of them that draws the picture right; null where nothing can be seen of it.
 [[nodiscard]] std::unique_ptr<Sampler> makeSampler(const SharedBitmap& picture, const LayerDraw& draw,
                                                    const SampledArea& area, const Kernels& kernels, Pyramids& pyramids);

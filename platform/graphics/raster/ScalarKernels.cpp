@@ -27,30 +27,66 @@ void projectPositions(const ProjectedRow& row, int left, int count, std::int32_t
     }
 }
 
+void followAxis(const CurvedRow::Axis& axis, int first, int count, std::int32_t* out) {
+    for (int i = 0; i < count; ++i) {
+        const auto at = static_cast<float>(first + i);
+        const float bent = axis.bend * at;
+        const float along = (bent + axis.step) * at;
+        // Made positive before it is cut to a whole number, which therefore rounds to the nearest.
+        const float raised = (along + axis.start) + (farthestFromOrigin + 0.5F);
+        out[i] = static_cast<std::int32_t>(raised) - static_cast<std::int32_t>(farthestFromOrigin) + axis.origin;
+    }
+}
+
+void followCurve(const CurvedRow& row, int first, int count, std::int32_t* u, std::int32_t* v) {
+    followAxis(row.u, first, count, u);
+    followAxis(row.v, first, count, v);
+}
+
+/// Where a footprint's rows begin, and at which phases.
+struct RowsOfColumns {
+    int firstColumn[mostTaps] = {};
+    int phase[mostTaps] = {};
+};
+
+RowsOfColumns rowsOfColumns(const Footprint& footprint, std::int32_t u, int phaseV) {
+    RowsOfColumns result;
+    const int rowTaps = footprint.rows->taps;
+    const int toFirstTap = 1 - footprint.columns->taps / 2;
+    const int fromMiddle = (1 - rowTaps / 2) * phases - phaseV;
+    const int steadyStep = footprint.shear / steadyShear;
+    const int first = u + ((footprint.shear * fromMiddle + shearOne / 2) >> 15);
+    const int steadyColumn = (first + ((rowTaps - 1) * steadyStep >> 1)) >> phaseBits;
+    for (int row = 0; row < rowTaps; ++row) {
+        const int position = u + ((footprint.shear * (fromMiddle + row * phases) + shearOne / 2) >> 15);
+        const int column = footprint.isSteady ? steadyColumn : position >> phaseBits;
+        result.firstColumn[row] = column + toFirstTap;
+        result.phase[row] = position - column * phases;
+    }
+    return result;
+}
+
 void filterOnePixel(const Footprint& footprint, std::int32_t u, std::int32_t v, std::uint8_t* out) {
     const PixelView& picture = footprint.picture;
-    const int columnTaps = footprint.columns->columnTaps;
+    const int columnTaps = footprint.columns->taps;
+    const int rowTaps = footprint.rows->taps;
     const int phaseV = v & (phases - 1);
-    const int rowStart = footprint.rows->rowStart(phaseV);
-    const int firstRow = (v >> phaseBits) + rowStart;
+    const int firstRow = (v >> phaseBits) - rowTaps / 2 + 1;
+    const RowsOfColumns columns = rowsOfColumns(footprint, u, phaseV);
     // Even and odd pairs of columns are summed apart, as the wide registers do it, so that roundings agree.
     int sums[2][4] = {};
-    for (int row = 0; row < footprint.rows->rowTaps; ++row) {
-        const int fromCenter = (rowStart + row) * phases - phaseV;
-        const int position = u + ((footprint.shear * fromCenter + 0x8000) >> 16);
-        const int phaseU = position & (phases - 1);
-        const int firstColumn = (position >> phaseBits) - columnTaps / 2 + 1;
+    for (int row = 0; row < rowTaps; ++row) {
         const auto y = static_cast<std::size_t>(std::clamp(firstRow + row, 0, picture.height - 1));
         const std::uint8_t* pixels = picture.pixels + y * picture.stride;
         int pairs[2][4] = {};
         for (int tap = 0; tap < columnTaps; ++tap) {
-            const auto x = static_cast<std::size_t>(std::clamp(firstColumn + tap, 0, picture.width - 1));
-            const int weight = footprint.columns->columnWeight(phaseU, tap);
+            const auto x = static_cast<std::size_t>(std::clamp(columns.firstColumn[row] + tap, 0, picture.width - 1));
+            const int weight = footprint.columns->weight(columns.phase[row], tap);
             for (std::size_t channel = 0; channel < 4; ++channel) {
                 pairs[(tap >> 1) & 1][channel] += (pixels[x * 4 + channel] - 128) * weight;
             }
         }
-        const int rowWeight = footprint.rows->rowWeight(phaseV, row);
+        const int rowWeight = footprint.rows->weight(phaseV, row);
         for (int channel = 0; channel < 4; ++channel) {
             sums[0][channel] += multiplied15(pairs[0][channel], rowWeight);
             sums[1][channel] += multiplied15(pairs[1][channel], rowWeight);
@@ -124,8 +160,8 @@ void compositeUniform(std::uint8_t* canvas, const std::uint8_t* pixels, std::uin
 } // namespace
 
 const Kernels& scalarKernels() {
-    static constexpr Kernels kernels{"scalar",       projectPositions, filterFootprint, combineRows,
-                                     combineColumns, compositeCovered, compositeUniform};
+    static constexpr Kernels kernels{"scalar",    projectPositions, followCurve,      filterFootprint,
+                                     combineRows, combineColumns,   compositeCovered, compositeUniform};
     return kernels;
 }
 

@@ -192,7 +192,7 @@ std::unique_ptr<Sampler> makeSampler(const SharedBitmap& picture, const LayerDra
         return makeStretchSampler(pyramids.of(picture), *along, draw.filter, area, kernels);
     }
     const auto toPicture = toCanvas.inverse();
-    return toPicture ? makeWarpSampler(pyramids.of(picture), *toPicture, kernels) : nullptr;
+    return toPicture ? makeWarpSampler(pyramids.of(picture), *toPicture, area, kernels) : nullptr;
 }
 
 } // namespace quillomat::raster

@@ -4,13 +4,20 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace quillomat::raster {
 
 namespace {
 
 constexpr int shortestSegment = 4;
+// How much w may change over the pixels, and over the rows, that share a footprint.
 constexpr double largestChange = 0.04;
+constexpr int mostRowsTogether = 8;
+// In columns; a phase less than the tables hold, as positions are rounded.
+constexpr double farthestSteady = 0.49;
+// A segment's rows, some hundreds, then lie within 2^31 bytes.
+constexpr int widestSteady = 1 << 20;
 
 // A pixel's square goes to a parallelogram on the picture, spanned by where a step right and a step down lead: r and d.
 // Convolved with the bilinear reconstruction's tents it is the ideal footprint. What is drawn is a sheared separable
@@ -52,35 +59,51 @@ int levelForWidth(double width) {
     return level;
 }
 
+/// How many rows from one multiple of it to the next share footprints: over them w changes little, wherever it is
+/// asked.
+int rowsTogetherFor(const Homography& map, const SampledArea& area) {
+    double smallest = std::numeric_limits<double>::infinity();
+    for (const double x : {static_cast<double>(area.left), static_cast<double>(area.right)}) {
+        for (const double y : {static_cast<double>(area.top), static_cast<double>(area.bottom)}) {
+            smallest = std::min(smallest, x * map.m[2] + y * map.m[5] + map.m[8]);
+        }
+    }
+    int rows = mostRowsTogether;
+    while (rows > 1 && !(std::abs(map.m[5]) * rows < largestChange * smallest)) {
+        rows /= 2;
+    }
+    return rows;
+}
+
 class WarpSampler final : public Sampler {
 public:
-    WarpSampler(std::shared_ptr<const Pyramid> picture, const Homography& canvasToPicture, const Kernels& kernels)
-        : size_(picture->picture()->size()), pyramid_(std::move(picture)), map_(canvasToPicture), kernels_(kernels) {}
+    WarpSampler(std::shared_ptr<const Pyramid> picture, const Homography& canvasToPicture, const SampledArea& area,
+                const Kernels& kernels)
+        : size_(picture->picture()->size())
+        , pyramid_(std::move(picture))
+        , map_(canvasToPicture)
+        , rowsTogether_(rowsTogetherFor(canvasToPicture, area))
+        , kernels_(kernels) {}
 
     void row(int y, int left, int right, std::uint8_t* out, SamplerScratch& scratch) const override {
         scratch.u.resize(longestSegment);
         scratch.v.resize(longestSegment);
+        FootprintBlocks& blocks = scratch.footprintsOf(this);
+        blocks.begin(y / rowsTogether_, static_cast<std::size_t>(right) / shortestSegment + 1);
         while (left < right) {
-            const int length = lengthAt(y, left);
-            const int block = left / length * length;
-            const int end = std::min(right, block + length);
-            segment(levelAt(block + length / 2.0, y + 0.5), y, left, end, out, scratch);
+            const FootprintBlock& block = blockAt(y, left, blocks);
+            const int end = std::min(right, block.left + block.length);
+            segment(block, y, left, end, out, scratch);
             out += static_cast<std::ptrdiff_t>(end - left) * 4;
             left = end;
         }
     }
 
 private:
-    struct Level {
-        Footprint footprint;
-        double scaleU = 1;
-        double scaleV = 1;
-    };
-
     /// How many pixels may share a footprint, which grows as w falls: over them w changes by a few hundredths. Blocks
     /// begin at multiples of their lengths, so that a pixel's block does not depend on how much of its row is drawn.
-    [[nodiscard]] int lengthAt(int y, int x) const {
-        const double rowW = (y + 0.5) * map_.m[5] + map_.m[8];
+    [[nodiscard]] int lengthAt(double y, int x) const {
+        const double rowW = y * map_.m[5] + map_.m[8];
         int length = longestSegment;
         while (length > shortestSegment) {
             const double middle = x / length * length + length / 2;
@@ -91,6 +114,18 @@ private:
             length /= 2;
         }
         return length;
+    }
+
+    /// The block that pixel x of row y lies in, the same for all rows that go together.
+    [[nodiscard]] const FootprintBlock& blockAt(int y, int x, FootprintBlocks& blocks) const {
+        const auto [block, isKnown] = blocks.at(static_cast<std::size_t>(x) / shortestSegment);
+        if (!isKnown) {
+            const double middleY = y / rowsTogether_ * rowsTogether_ + rowsTogether_ / 2.0;
+            block->length = lengthAt(middleY, x);
+            block->left = x / block->length * block->length;
+            findFootprint(block->left + block->length / 2.0, middleY, *block);
+        }
+        return *block;
     }
 
     [[nodiscard]] Steps stepsAt(double x, double y) const {
@@ -106,7 +141,7 @@ private:
                 bounded((m[4] - v * m[5]) / w)};
     }
 
-    [[nodiscard]] Level levelAt(double x, double y) const {
+    void findFootprint(double x, double y, FootprintBlock& block) const {
         const Steps step = stepsAt(x, y);
         const Boxes fullRows{std::abs(step.rightV), std::abs(step.downV)};
         const int levelV = levelForWidth(fullRows.a + fullRows.b);
@@ -123,23 +158,40 @@ private:
         const double factorU = 1 << levelU;
         const Boxes columns = fullColumns.scaledTo(squaredWidthAtLevel(squares, factorU));
 
-        Level level;
-        level.scaleU = 1 / factorU;
-        level.scaleV = 1 / factorV;
-        level.footprint.picture = pyramid_->level(levelU, levelV);
-        level.footprint.columns = &phaseTable(columns.a, columns.b);
-        level.footprint.rows = &phaseTable(rows.a, rows.b);
+        block.scaleU = 1 / factorU;
+        block.scaleV = 1 / factorV;
+        Footprint& footprint = block.footprint;
+        footprint.picture = pyramid_->level(levelU, levelV);
+        footprint.rows = &rowTable(rows.a, rows.b);
         // Beyond 16 columns a row nothing is told apart that so few rows of taps could show.
-        level.footprint.shear =
-            static_cast<std::int32_t>(std::lround(std::clamp(shear / factorU, -16.0, 16.0) * 65536));
-        return level;
+        const double columnsPerRow = std::clamp(shear / factorU, -16.0, 16.0);
+        const double farthest = std::abs(columnsPerRow) * (footprint.rows->taps - 1) / 2;
+        footprint.isSteady = footprint.picture.width <= widestSteady && farthest <= farthestSteady &&
+                             columns.a + columns.b + 2 * farthest <= widestBoxes;
+        const int unit = footprint.isSteady ? steadyShear : 1;
+        footprint.shear = unit * static_cast<std::int32_t>(std::lround(columnsPerRow * shearOne / unit));
+        footprint.columns = &columnTable(columns.a, columns.b, footprint.isSteady ? farthest : 0);
     }
 
-    void segment(const Level& level, int y, int left, int right, std::uint8_t* out, SamplerScratch& scratch) const {
+    void segment(const FootprintBlock& block, int y, int left, int right, std::uint8_t* out,
+                 SamplerScratch& scratch) const {
+        const ProjectedRow row = projectedRow(block, y);
+        if (const auto curve = curveAlong(row, block)) {
+            kernels_.followCurve(*curve, left - block.left, right - left, scratch.u.data(), scratch.v.data());
+            kernels_.filterFootprint(block.footprint, scratch.u.data(), scratch.v.data(), right - left, out);
+        } else {
+            Footprint scattered = block.footprint;
+            scattered.isSteady = false;
+            kernels_.projectPositions(row, left, right - left, scratch.u.data(), scratch.v.data());
+            kernels_.filterFootprint(scattered, scratch.u.data(), scratch.v.data(), right - left, out);
+        }
+    }
+
+    [[nodiscard]] ProjectedRow projectedRow(const FootprintBlock& block, int y) const {
         const double centerY = y + 0.5;
         const auto& m = map_.m;
-        const double toU = level.scaleU * phases;
-        const double toV = level.scaleV * phases;
+        const double toU = block.scaleU * phases;
+        const double toV = block.scaleV * phases;
         ProjectedRow row;
         row.wStep = m[2];
         row.w0 = centerY * m[5] + m[8];
@@ -149,23 +201,58 @@ private:
         row.vStep = m[1] * toV - row.wStep * (phases / 2);
         row.v0 = (centerY * m[4] + m[7]) * toV - row.w0 * (phases / 2);
         // 32 pixels outside, any footprint sees the edge alone.
-        row.highestU = (level.footprint.picture.width + 32.0) * phases;
-        row.highestV = (level.footprint.picture.height + 32.0) * phases;
-        kernels_.projectPositions(row, left, right - left, scratch.u.data(), scratch.v.data());
-        kernels_.filterFootprint(level.footprint, scratch.u.data(), scratch.v.data(), right - left, out);
+        row.highestU = (block.footprint.picture.width + 32.0) * phases;
+        row.highestV = (block.footprint.picture.height + 32.0) * phases;
+        return row;
+    }
+
+    /// A parabola through the block's ends and its middle, which errs by less than half a position's unit; nothing
+    /// where w changes too much for that, or where positions would be cut.
+    [[nodiscard]] static std::optional<CurvedRow> curveAlong(const ProjectedRow& row, const FootprintBlock& block) {
+        const double half = block.length / 2;
+        const double inverseHalf = 1 / half;
+        const double x = block.left + 0.5;
+        const double w[3] = {x * row.wStep + row.w0, (x + half) * row.wStep + row.w0,
+                             (x + 2 * half) * row.wStep + row.w0};
+        if (!(std::abs(w[2] - w[0]) < 2 * largestChange * std::min(std::abs(w[0]), std::abs(w[2])))) {
+            return std::nullopt;
+        }
+        const double inverse[3] = {1 / w[0], 1 / w[1], 1 / w[2]};
+        const auto axis = [&](double start, double step, double highest, CurvedRow::Axis& out) {
+            const double at[3] = {(x * step + start) * inverse[0], ((x + half) * step + start) * inverse[1],
+                                  ((x + 2 * half) * step + start) * inverse[2]};
+            const auto isPlain = [&](double p) { return p > lowestPosition && p < highest; };
+            if (!isPlain(at[0]) || !isPlain(at[1]) || !isPlain(at[2]) ||
+                std::abs(at[2] - at[0]) > farthestFromOrigin / 2) {
+                return false;
+            }
+            const double bend = (at[2] - 2 * at[1] + at[0]) * (inverseHalf * inverseHalf / 2);
+            const double origin = std::floor(at[0]);
+            out.origin = static_cast<std::int32_t>(origin);
+            out.start = static_cast<float>(at[0] - origin);
+            out.step = static_cast<float>((at[1] - at[0]) * inverseHalf - bend * half);
+            out.bend = static_cast<float>(bend);
+            return true;
+        };
+        CurvedRow curve;
+        if (!axis(row.u0, row.uStep, row.highestU, curve.u) || !axis(row.v0, row.vStep, row.highestV, curve.v)) {
+            return std::nullopt;
+        }
+        return curve;
     }
 
     PixelSize size_;
     std::shared_ptr<const Pyramid> pyramid_;
     Homography map_;
+    int rowsTogether_;
     const Kernels& kernels_;
 };
 
 } // namespace
 
 std::unique_ptr<Sampler> makeWarpSampler(std::shared_ptr<const Pyramid> picture, const Homography& canvasToPicture,
-                                         const Kernels& kernels) {
-    return std::make_unique<WarpSampler>(std::move(picture), canvasToPicture, kernels);
+                                         const SampledArea& area, const Kernels& kernels) {
+    return std::make_unique<WarpSampler>(std::move(picture), canvasToPicture, area, kernels);
 }
 
 } // namespace quillomat::raster

@@ -189,6 +189,33 @@ TEST_F(KernelsTwins, projectPositions) {
     }
 }
 
+TEST_F(KernelsTwins, followCurve) {
+    std::uniform_real_distribution<float> unit(-1, 1);
+    for (int i = 0; i < 300; ++i) {
+        const auto axis = [&] {
+            return CurvedRow::Axis{upTo(2000000) - 8192, unit(random_), unit(random_) * 1000.0F, unit(random_)};
+        };
+        const CurvedRow row{axis(), axis()};
+        const int count = upTo(longestSegment);
+        const int first = upTo(longestSegment - count);
+        expectSameBytes(std::vector<std::uint8_t>(static_cast<std::size_t>(count) * 8), 0,
+                        [&](const Kernels& kernels, std::uint8_t* out) {
+                            std::vector<std::int32_t> u(longestSegment + 1, 77);
+                            std::vector<std::int32_t> v(longestSegment + 1, 77);
+                            kernels.followCurve(row, first, count, u.data(), v.data());
+                            EXPECT_EQ(u.back(), 77);
+                            EXPECT_EQ(v.back(), 77);
+                            std::memcpy(out, u.data(), static_cast<std::size_t>(count) * 4);
+                            std::memcpy(out + count * 4, v.data(), static_cast<std::size_t>(count) * 4);
+                            for (int k = 0; k < count; ++k) {
+                                const double at = first + k;
+                                const double bent = row.u.start + at * row.u.step + at * at * row.u.bend;
+                                EXPECT_NEAR(u[static_cast<std::size_t>(k)] - row.u.origin, bent, 0.52);
+                            }
+                        });
+    }
+}
+
 TEST_F(KernelsTwins, filterFootprint) {
     for (int i = 0; i < 400; ++i) {
         const int width = 1 + upTo(60);
@@ -198,9 +225,14 @@ TEST_F(KernelsTwins, filterFootprint) {
         Footprint footprint;
         footprint.picture = {pixels.data(), width, height, static_cast<std::size_t>(width) * 4};
         const auto boxWidth = [&] { return upTo(100) * (i % 3 == 0 ? 0.07 : 0.02); };
-        footprint.columns = &phaseTable(boxWidth(), boxWidth());
-        footprint.rows = &phaseTable(boxWidth(), boxWidth());
-        footprint.shear = i % 4 == 0 ? 0 : (upTo(400) - 200) * (i % 5 == 0 ? 10000 : 700);
+        footprint.rows = &rowTable(boxWidth(), boxWidth());
+        footprint.shear = i % 4 == 0 ? 0 : (upTo(400) - 200) * (i % 5 == 0 ? 2500 : 350);
+        footprint.isSteady = i % 2 == 0;
+        if (footprint.isSteady) {
+            const int farthest = (phasesBeyond - 1) * 2 / (footprint.rows->taps - 1);
+            footprint.shear = steadyShear * std::clamp(footprint.shear / steadyShear, -farthest, farthest);
+        }
+        footprint.columns = &columnTable(boxWidth(), boxWidth(), (i % 7) * 0.08);
         const int count = 1 + upTo(longestSegment - 1);
         std::vector<std::int32_t> u(longestSegment);
         std::vector<std::int32_t> v(longestSegment);
@@ -220,8 +252,11 @@ TEST_F(KernelsTwins, footprintsKeepFlatColours) {
     for (const int level : {0, 1, 127, 254, 255}) {
         const std::vector<std::uint8_t> pixels(64 * 64 * 4, static_cast<std::uint8_t>(level));
         for (double width = 0; width <= 7; width += 0.37) {
-            Footprint footprint{
-                {pixels.data(), 64, 64, 256}, &phaseTable(width, width / 3), &phaseTable(width / 2, width), 30000};
+            const Footprint footprint{{pixels.data(), 64, 64, 256},
+                                      &columnTable(width, width / 3),
+                                      &rowTable(width / 2, width),
+                                      15000,
+                                      /*isSteady=*/false};
             for (int phase = 0; phase < phases; ++phase) {
                 const std::int32_t u = 32 * phases + phase;
                 const std::int32_t v = 32 * phases + (phase * 7) % phases;
@@ -237,9 +272,8 @@ TEST_F(KernelsTwins, footprintsKeepFlatColours) {
 TEST(Profiles, tablesOfAllWidthsKeepWithinTheMostTaps) {
     for (double wide = 0; wide <= widestBoxes + 1; wide += 0.03) {
         for (double narrow = 0; narrow <= wide; narrow += 0.03) {
-            const PhaseTable& table = phaseTable(wide, narrow);
-            ASSERT_LE(table.rowTaps, mostTaps) << wide << " and " << narrow;
-            ASSERT_LE(table.columnTaps, mostTaps) << wide << " and " << narrow;
+            ASSERT_LE(rowTable(wide, narrow).taps, mostTaps) << wide << " and " << narrow;
+            ASSERT_LE(columnTable(wide, narrow, 0.4).taps, mostTaps) << wide << " and " << narrow;
         }
     }
 }
