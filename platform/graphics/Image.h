@@ -12,6 +12,7 @@
 namespace quillomat {
 
 class Recording;
+class SparsePicture;
 
 /// An encoded picture: a PNG, a JPEG ...
 using SharedDocument = std::shared_ptr<const Bytes>;
@@ -37,6 +38,9 @@ public:
     [[nodiscard]] virtual SharedBitmap bitmap() const = 0;
     /// The pixels, or a reduction that still has `minimum` on both sides, where that is cheaper to decode.
     [[nodiscard]] virtual SharedBitmap bitmapOfAtLeast(PixelSize /*minimum*/) const { return bitmap(); }
+    /// The pixels in runs, for drawing them unscaled, where the format can be decoded so and they are not there as a
+    /// bitmap already; null otherwise.
+    [[nodiscard]] virtual std::shared_ptr<const SparsePicture> sparsePixels() const { return nullptr; }
     /// Why `bitmap()` gave null; empty when it has not failed so far.
     [[nodiscard]] virtual std::string failure() const { return {}; }
     /// Which encoded document is behind it, known without reading it; empty for sources that are none.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <limits>
 
 namespace quillomat::raster {
 
@@ -95,6 +96,9 @@ std::optional<Layer> Layer::make(const LayerDraw& draw, PixelSize canvas, const 
     if (!layer.fill_ && !layer.sampler_ && !layer.inner_) {
         return std::nullopt;
     }
+    if (layer.sampler_ && !layer.fill_ && !layer.inner_ && !layer.picture_) {
+        layer.sparse_ = layer.sampler_->sparse();
+    }
     return layer;
 }
 
@@ -109,15 +113,22 @@ void Layer::makePicture(const LayerDraw& draw, const Polygon& outline, PixelSize
         return;
     }
     sampled_ = boundsOf(visible);
-    sampler_ = makeSampler(draw.picture.bitmap(), draw, sampled_, *kernels_, pyramids);
-    pictureIsOpaque_ = sampler_ && draw.picture.source()->isKnownOpaque();
+    const ImageSource& source = *draw.picture.source();
+    if (auto runs = source.sparsePixels(); runs && liesOnPixels(draw, runs->size())) {
+        sampler_ = makeSparseSampler(std::move(runs), draw);
+    } else {
+        sampler_ = makeSampler(source.bitmap(), draw, sampled_, *kernels_, pyramids);
+    }
+    pictureIsOpaque_ =
+        sampler_ && (source.isKnownOpaque() || (sampler_->sparse() != nullptr && sampler_->sparse()->isOpaque()));
     if (sampler_ && !fills) {
         picture_ = Coverage(visible, canvas, draw.opacity);
     }
 }
 
 void Layer::keepPixels() {
-    const bool isCopied = sampler_ && sampler_->direct(sampled_.top, sampled_.left, sampled_.right) != nullptr;
+    const bool isCopied = sampler_ && (sampler_->sparse() != nullptr ||
+                                       sampler_->direct(sampled_.top, sampled_.left, sampled_.right) != nullptr);
     if (sampler_ && !keepsPixels_ && !isCopied) {
         sampler_ = makeKeepingSampler(std::move(sampler_), sampled_);
         keepsPixels_ = true;
@@ -155,11 +166,17 @@ bool Layer::isOpaqueInside() const {
 }
 
 Span Layer::hiddenBelow(int y, LayerScratch& scratch) const {
-    if (!isOpaqueInside() || y < shape_.top() || y >= shape_.bottom()) {
+    const bool isOpaque = isOpaqueInside();
+    if (!(isOpaque || sparse_ != nullptr) || y < shape_.top() || y >= shape_.bottom()) {
+        return {};
+    }
+    const Span opaque = isOpaque ? Span{0, std::numeric_limits<int>::max()} : sparse_->widestOpaque(y);
+    if (opaque.isEmpty()) {
         return {};
     }
     const CoverageRow row = shape_.row(y, scratch.shape);
-    return row.run == 255 ? Span{row.runLeft, row.runRight} : Span{};
+    const Span hidden{std::max(row.runLeft, opaque.left), std::min(row.runRight, opaque.right)};
+    return row.run == 255 && !hidden.isEmpty() ? hidden : Span{};
 }
 
 void Layer::drawRow(int y, const Span& window, const Span& hidden, std::uint8_t* canvasRow,
@@ -190,6 +207,10 @@ void Layer::drawPlainRow(int y, const CoverageRow& row, const Span& part, std::u
     if (part.isEmpty()) {
         return;
     }
+    if (sparse_ != nullptr) {
+        drawSparseRow(y, row, part, canvasRow, scratch);
+        return;
+    }
     const std::uint8_t* const pixels = pixelsOfRow(y, part.left, part.right, scratch);
     const auto within = [&](int left, int right) {
         return Span{std::max(left, part.left), std::min(right, part.right)};
@@ -211,6 +232,39 @@ void Layer::drawPlainRow(int y, const CoverageRow& row, const Span& part, std::u
     draw(within(row.left, row.runLeft), /*isRun=*/false);
     draw(within(row.runLeft, row.runRight), /*isRun=*/true);
     draw(within(row.runRight, row.right), /*isRun=*/false);
+}
+
+/// As `drawPlainRow`, but what is empty is not looked at and what is opaque goes straight to the canvas.
+void Layer::drawSparseRow(int y, const CoverageRow& row, const Span& part, std::uint8_t* canvasRow,
+                          LayerScratch& scratch) const {
+    std::uint8_t* const pixels = scratch.pixels.data();
+    const auto drawEdge = [&](int left, int right) {
+        left = std::max(left, part.left);
+        right = std::min(right, part.right);
+        if (left < right) {
+            sampler_->row(y, left, right, pixels, scratch.sampler);
+            kernels_->compositeCovered(canvasRow + static_cast<std::ptrdiff_t>(left) * 4, pixels,
+                                       scratch.shape.values.data() + left, right - left);
+        }
+    };
+    drawEdge(row.left, row.runLeft);
+    const int end = std::min(row.runRight, part.right);
+    for (int x = std::max(row.runLeft, part.left); x < end;) {
+        const SparsePicture::Stretch stretch = sparse_->stretchAt(y, x, end);
+        std::uint8_t* const to = canvasRow + static_cast<std::ptrdiff_t>(x) * 4;
+        if (stretch.content == SparsePicture::Content::opaque && row.run == 255) {
+            sampler_->row(y, x, stretch.right, to, scratch.sampler);
+        } else if (stretch.content != SparsePicture::Content::empty) {
+            const std::uint8_t* from = stretch.pixels;
+            if (from == nullptr) {
+                sampler_->row(y, x, stretch.right, pixels, scratch.sampler);
+                from = pixels;
+            }
+            kernels_->compositeUniform(to, from, row.run, stretch.right - x);
+        }
+        x = stretch.right;
+    }
+    drawEdge(row.runRight, row.right);
 }
 
 void Layer::drawMixedRow(int y, const CoverageRow& row, const Span& part, std::uint8_t* canvasRow,

@@ -15,15 +15,6 @@ using Pixel = std::array<std::uint8_t, 4>;
 /// Premultiplied, components cut to 0 ... 1; NaN counts as 0.
 [[nodiscard]] Pixel premultiplied(const Color& color);
 
-/// Pixels [left, right) of a row.
-struct Span {
-    int left = 0;
-    int right = 0;
-
-    [[nodiscard]] bool isEmpty() const { return left >= right; }
-    [[nodiscard]] int length() const { return right - left; }
-};
-
 /// Working memory of one thread.
 struct LayerScratch {
     explicit LayerScratch(int width);
@@ -59,6 +50,8 @@ private:
     [[nodiscard]] bool isOpaqueInside() const;
     void drawPlainRow(int y, const CoverageRow& row, const Span& part, std::uint8_t* canvasRow,
                       LayerScratch& scratch) const;
+    void drawSparseRow(int y, const CoverageRow& row, const Span& part, std::uint8_t* canvasRow,
+                       LayerScratch& scratch) const;
     void drawMixedRow(int y, const CoverageRow& row, const Span& part, std::uint8_t* canvasRow,
                       LayerScratch& scratch) const;
     [[nodiscard]] const std::uint8_t* pixelsOfRow(int y, int left, int right, LayerScratch& scratch) const;
@@ -72,6 +65,7 @@ private:
     std::optional<Pixel> fill_;
     Pixel border_{};
     std::unique_ptr<Sampler> sampler_;
+    const SparseRows* sparse_ = nullptr; // the sampler's, where the layer is nothing but its picture
     SampledArea sampled_;
     bool pictureIsOpaque_ = false;
     bool keepsPixels_ = false;

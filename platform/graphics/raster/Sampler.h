@@ -3,6 +3,7 @@
 
 #include "geometry/Homography.h"
 #include "platform/graphics/Recording.h"
+#include "platform/graphics/SparsePicture.h"
 #include "platform/graphics/raster/Kernels.h"
 #include "platform/graphics/raster/Pyramid.h"
 
@@ -72,6 +73,17 @@ struct SamplerScratch {
     }
 };
 
+/// Pixels [left, right) of a row.
+struct Span {
+    int left = 0;
+    int right = 0;
+
+    [[nodiscard]] bool isEmpty() const { return left >= right; }
+    [[nodiscard]] int length() const { return right - left; }
+};
+
+class SparseRows;
+
 /// Pixels of canvas rows, premultiplied, as if the picture went on beyond its edges for ever. Thread-safe.
 class Sampler {
 public:
@@ -80,6 +92,19 @@ public:
     virtual void row(int y, int left, int right, std::uint8_t* out, SamplerScratch& scratch) const = 0;
     /// The pixels in place, where no arithmetic is needed and all of them exist; null otherwise.
     [[nodiscard]] virtual const std::uint8_t* direct(int, int, int) const { return nullptr; }
+    /// The runs that they come from, where they do: what is empty need not be drawn, what is opaque need not be mixed.
+    [[nodiscard]] virtual const SparseRows* sparse() const { return nullptr; }
+};
+
+/// Canvas rows of a picture in runs.
+class SparseRows {
+public:
+    virtual ~SparseRows() = default;
+    /// What lies from column x of row y on, as far as it is alike, up to `right`.
+    [[nodiscard]] virtual SparsePicture::Stretch stretchAt(int y, int x, int right) const = 0;
+    /// The longest opaque stretch of row y.
+    [[nodiscard]] virtual Span widestOpaque(int y) const = 0;
+    [[nodiscard]] virtual bool isOpaque() const = 0;
 };
 
 /// A map along the axes: canvas position = origin + scale x picture position, per axis, in pixels.
@@ -107,6 +132,11 @@ struct SampledArea {
 };
 
 [[nodiscard]] std::unique_ptr<Sampler> makeCopySampler(SharedBitmap picture, const AxisMap& map);
+/// Over a picture that `liesOnPixels`.
+[[nodiscard]] std::unique_ptr<Sampler> makeSparseSampler(std::shared_ptr<const SparsePicture> picture,
+                                                         const LayerDraw& draw);
+/// Whether a picture of that size is drawn without being filtered, under a whole-pixel shift.
+[[nodiscard]] bool liesOnPixels(const LayerDraw& draw, PixelSize picture);
 [[nodiscard]] std::unique_ptr<Sampler> makeStretchSampler(std::shared_ptr<const Pyramid> picture, const AxisMap& map,
                                                           PictureFilter filter, const SampledArea& area,
                                                           const Kernels& kernels);
