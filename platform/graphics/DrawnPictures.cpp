@@ -1,5 +1,7 @@
 #include "platform/graphics/DrawnPictures.h"
 
+#include "platform/graphics/raster/Sampler.h"
+
 #include <algorithm>
 #include <atomic>
 #include <cmath>
@@ -15,17 +17,20 @@ namespace {
 /// Pixels that are there already; what is known of the picture stays known.
 class DecodedSource final : public ImageSource {
 public:
-    DecodedSource(std::shared_ptr<const ImageSource> origin, SharedBitmap bitmap)
-        : origin_(std::move(origin)), bitmap_(std::move(bitmap)) {}
+    DecodedSource(std::shared_ptr<const ImageSource> origin, SharedBitmap bitmap,
+                  std::shared_ptr<const SparsePicture> sparse)
+        : origin_(std::move(origin)), bitmap_(std::move(bitmap)), sparse_(std::move(sparse)) {}
 
     [[nodiscard]] PixelSize pixelSize() const override { return bitmap_ ? bitmap_->size() : origin_->pixelSize(); }
     [[nodiscard]] bool isKnownOpaque() const override { return origin_->isKnownOpaque(); }
     [[nodiscard]] SharedBitmap bitmap() const override { return bitmap_; }
+    [[nodiscard]] std::shared_ptr<const SparsePicture> sparsePixels() const override { return sparse_; }
     [[nodiscard]] std::string failure() const override { return origin_->failure(); }
 
 private:
     std::shared_ptr<const ImageSource> origin_;
     SharedBitmap bitmap_;
+    std::shared_ptr<const SparsePicture> sparse_;
 };
 
 /// So many more pixels than are drawn must remain, each way, for a reduction to leave no trace.
@@ -49,7 +54,14 @@ PixelSize pixelsNeeded(const LayerDraw& draw) {
 struct Wanted {
     std::shared_ptr<const ImageSource> source;
     PixelSize size;
+    bool isUnscaled = false; // wherever it is drawn
     SharedBitmap bitmap;
+    std::shared_ptr<const SparsePicture> sparse;
+
+    void decode() {
+        sparse = isUnscaled ? source->sparsePixels() : nullptr;
+        bitmap = sparse ? nullptr : source->bitmapOfAtLeast(size);
+    }
 };
 
 void decode(std::vector<Wanted>& pictures, int threads) {
@@ -64,7 +76,7 @@ void decode(std::vector<Wanted>& pictures, int threads) {
     std::atomic<std::size_t> next = 0;
     const auto work = [&] {
         for (std::size_t i = next++; i < order.size(); i = next++) {
-            order[i]->bitmap = order[i]->source->bitmapOfAtLeast(order[i]->size);
+            order[i]->decode();
         }
     };
     std::vector<std::jthread> helpers;
@@ -88,10 +100,12 @@ Recording withDecodedPictures(const Recording& recording, int threads) {
             continue;
         }
         const PixelSize size = pixelsNeeded(draw);
+        const bool isUnscaled = raster::liesOnPixels(draw, draw.picture.pixelSize());
         const auto [place, isNew] = places.try_emplace(draw.picture.source().get(), pictures.size());
         if (isNew) {
-            pictures.push_back({draw.picture.source(), size, nullptr});
+            pictures.push_back({draw.picture.source(), size, isUnscaled, nullptr, nullptr});
         } else {
+            pictures[place->second].isUnscaled = pictures[place->second].isUnscaled && isUnscaled;
             PixelSize& largest = pictures[place->second].size;
             largest = {std::max(largest.width, size.width), std::max(largest.height, size.height)};
         }
@@ -103,7 +117,7 @@ Recording withDecodedPictures(const Recording& recording, int threads) {
     for (LayerDraw draw : recording.draws()) {
         if (const auto place = places.find(draw.picture.source().get()); place != places.end()) {
             const Wanted& picture = pictures[place->second];
-            draw.picture = Image(std::make_shared<const DecodedSource>(picture.source, picture.bitmap));
+            draw.picture = Image(std::make_shared<const DecodedSource>(picture.source, picture.bitmap, picture.sparse));
         }
         decoded.add(std::move(draw));
     }

@@ -1,5 +1,6 @@
 // Any bytes are a picture or are refused in words; and the PNG pixels of our own are those of libpng.
 #include "platform/graphics/ImageFile.h"
+#include "platform/graphics/SparsePicture.h"
 #include "platform/graphics/codecs/Codec.h"
 
 #include <cstddef>
@@ -33,6 +34,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         if (header->format == ImageFormat::png) {
             const Result<Bitmap> judge = codecs::decodePngByLibpng(bytes, limits);
             require(judge && *judge == *whole);
+            const auto sparse = codecs::pngCodec.decodeSparse(bytes, limits);
+            require(!sparse || sparse->size() == whole->size());
+            Bitmap inRuns(sparse ? whole->size() : PixelSize{});
+            for (int y = 0; y < inRuns.height(); ++y) {
+                sparse->copy(y, 0, inRuns.width(), inRuns.row(y));
+            }
+            require(!sparse || inRuns == *whole);
         }
     }
     const Result<Bitmap> reduced = decodeImageReduced(bytes, {16, 16}, limits);

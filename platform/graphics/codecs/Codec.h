@@ -2,7 +2,9 @@
 #pragma once
 
 #include "platform/graphics/ImageFile.h"
+#include "platform/graphics/SparsePicture.h"
 
+#include <memory>
 #include <string_view>
 
 namespace quillomat::codecs {
@@ -18,6 +20,9 @@ struct Codec {
     /// The whole picture where `minimum` is empty; otherwise a reduction at least that large on both sides, where the
     /// format can reduce while decoding.
     Result<Bitmap> (*decode)(ByteSpan bytes, PixelSize minimum, const ImageLimits& limits);
+    /// The whole picture in runs, where the format can decode so and this picture allows it; null for any reason not
+    /// to.
+    std::shared_ptr<const SparsePicture> (*decodeSparse)(ByteSpan bytes, const ImageLimits& limits) = nullptr;
 };
 
 extern const Codec pngCodec;

@@ -48,6 +48,18 @@ Result<Bitmap> decode(ByteSpan bytes, PixelSize minimum, const ImageLimits& limi
     }
 }
 
+std::shared_ptr<const SparsePicture> decodeSparse(ByteSpan bytes, const ImageLimits& limits) {
+    const Codec* codec = codecFor(bytes);
+    if (codec == nullptr || codec->decodeSparse == nullptr) {
+        return nullptr;
+    }
+    try {
+        return codec->decodeSparse(bytes, limits);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
 /// Where a document is to be had.
 class Shelf {
 public:
@@ -132,6 +144,21 @@ public:
         return decoded(wantsWhole ? PixelSize{} : PixelSize{std::max(minimum.width, 1), std::max(minimum.height, 1)});
     }
 
+    /// What goes wrong here is for `bitmap` to report.
+    [[nodiscard]] std::shared_ptr<const SparsePicture> sparsePixels() const override {
+        const std::lock_guard lock(mutex_);
+        if (header_.isKnownOpaque || isDamaged_ || !whole_.expired()) {
+            return nullptr;
+        }
+        auto sparse = sparse_.lock();
+        if (!sparse) {
+            const Result<SharedDocument> document = shelf_->take();
+            sparse = document ? decodeSparse(**document, limits_) : nullptr;
+            sparse_ = sparse;
+        }
+        return sparse;
+    }
+
     [[nodiscard]] std::string failure() const override {
         const std::lock_guard lock(mutex_);
         return failure_;
@@ -165,6 +192,7 @@ private:
     mutable std::mutex mutex_;
     mutable std::weak_ptr<const Bitmap> whole_;
     mutable std::weak_ptr<const Bitmap> reduced_;
+    mutable std::weak_ptr<const SparsePicture> sparse_;
     mutable bool isDamaged_ = false;
     mutable std::string failure_;
 };

@@ -1,10 +1,12 @@
-// The whole stream is inflated by libdeflate into the end of the bitmap's own memory. Then four rows at a time are
-// taken out, recovered, converted and premultiplied, and put at the front, which has been read by then.
+// For a bitmap, the whole stream is inflated by libdeflate into the end of the bitmap's own memory. Then four rows at a
+// time are taken out, recovered, converted and premultiplied, and put at the front, which has been read by then. For a
+// picture in runs, ISA-L inflates a few rows at a time into a buffer that stays in the cache.
 #include "platform/graphics/codecs/PngPixels.h"
 
 #include "platform/graphics/codecs/PixelRows.h"
 #include "platform/graphics/codecs/Unfilter.h"
 
+#include <isa-l/igzip_lib.h>
 #include <libdeflate.h>
 
 #include <algorithm>
@@ -51,6 +53,8 @@ public:
         return std::nullopt;
     }
 
+    [[nodiscard]] const std::vector<ByteSpan>& pieces() const { return pieces_; }
+
     [[nodiscard]] ByteSpan inOnePiece() {
         if (pieces_.size() == 1) {
             return pieces_.front();
@@ -80,20 +84,79 @@ bool inflate(ByteSpan compressed, std::span<std::uint8_t> out) {
                                                       out.data(), out.size(), nullptr) == LIBDEFLATE_SUCCESS;
 }
 
+/// Inflates a stream piece by piece.
+class StreamInflater {
+public:
+    explicit StreamInflater(const std::vector<ByteSpan>& pieces)
+        : state_(std::make_unique<inflate_state>()), next_(pieces.begin()), end_(pieces.end()) {
+        isal_inflate_init(state_.get());
+        state_->crc_flag = ISAL_ZLIB; // the stream's own checksum is looked at
+    }
+
+    /// The next bytes, as many as there is room for; false when they do not come.
+    [[nodiscard]] bool read(std::span<std::uint8_t> out) {
+        state_->next_out = out.data();
+        state_->avail_out = static_cast<std::uint32_t>(out.size());
+        while (state_->avail_out > 0) {
+            const std::uint32_t before = state_->avail_out;
+            if (!step() || (state_->avail_out == before && isFinished())) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    /// Whether the stream ends here, with the right checksum.
+    [[nodiscard]] bool isAtEnd() {
+        std::uint8_t beyond = 0;
+        state_->next_out = &beyond;
+        state_->avail_out = 1;
+        while (!isFinished()) {
+            if (!step() || state_->avail_out == 0) {
+                return false;
+            }
+        }
+        return state_->avail_out == 1;
+    }
+
+private:
+    [[nodiscard]] bool isFinished() const { return state_->block_state == ISAL_BLOCK_FINISH; }
+
+    /// False for damage and where there is nothing left to read.
+    [[nodiscard]] bool step() {
+        if (state_->avail_in == 0 && next_ != end_) {
+            state_->next_in = const_cast<std::uint8_t*>(asUnsignedChars(*next_)); // NOLINT: the library only reads it
+            state_->avail_in = static_cast<std::uint32_t>(next_->size());
+            ++next_;
+        }
+        const std::uint32_t in = state_->avail_in;
+        const std::uint32_t out = state_->avail_out;
+        if (isal_inflate(state_.get()) != ISAL_DECOMP_OK) {
+            return false;
+        }
+        return isFinished() || state_->avail_in != in || state_->avail_out != out || next_ != end_;
+    }
+
+    std::unique_ptr<inflate_state> state_;
+    std::vector<ByteSpan>::const_iterator next_;
+    std::vector<ByteSpan>::const_iterator end_;
+};
+
+using FinishedRows = std::array<std::uint8_t*, rowsAtOnce>;
+
 /// Takes filtered rows in groups and gives finished pixels.
 class RowFinisher {
 public:
-    RowFinisher(Bitmap& bitmap, std::size_t pixelBytes, const ColorConversion& conversion)
-        : bitmap_(bitmap)
-        , conversion_(conversion)
-        , width_(static_cast<std::size_t>(bitmap.width()))
+    RowFinisher(int width, std::size_t pixelBytes, const ColorConversion& conversion)
+        : conversion_(conversion)
+        , width_(static_cast<std::size_t>(width))
         , pixelBytes_(pixelBytes)
         , stride_(width_ * 4 + 2 * unfilterPadding)
         , filtered_(stride_ * rowsAtOnce)
         , pixels_(stride_ * (rowsAtOnce + 1)) {}
 
     /// `rows` begin with their filters; false for a filter that PNG does not have.
-    [[nodiscard]] bool finish(int first, int count, const std::uint8_t* rows) {
+    [[nodiscard]] bool finish(int count, const std::uint8_t* rows, const FinishedRows& out) {
         RowGroup group;
         for (std::size_t i = 0; i < rowsAtOnce; ++i) {
             std::uint8_t* filtered = filtered_.data() + i * stride_ + unfilterPadding;
@@ -111,13 +174,33 @@ public:
         group.above = pixelRow(0);
         unfilter(group, width_, pixelBytes_);
         for (int i = 0; i < count; ++i) {
-            finishRow(pixelRow(static_cast<std::size_t>(i) + 1), bitmap_.row(first + i));
+            finishRow(pixelRow(static_cast<std::size_t>(i) + 1), out[static_cast<std::size_t>(i)]);
         }
         std::memcpy(pixelRow(0), pixelRow(rowsAtOnce), width_ * 4);
+        isAboveEmpty_ = false;
         return true;
     }
 
+    /// Whether the rows are those above again: they differ by nothing, from the row above each or from nothing at all.
+    [[nodiscard]] bool areRepeated(int count, const std::uint8_t* rows) {
+        const std::size_t length = width_ * pixelBytes_;
+        for (int i = 0; i < count; ++i, rows += length + 1) {
+            const bool isUnderNothing = isAboveEmpty_ && *rows <= 4;
+            if (!(*rows == 2 || isUnderNothing) || !isZero(rows + 1, length)) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    /// To be asked after rows whose finished pixels are empty: what was stored may still have had a color.
+    void lookAbove() { isAboveEmpty_ = isZero(pixelRow(0), width_ * 4); }
+
 private:
+    [[nodiscard]] static bool isZero(const std::uint8_t* bytes, std::size_t count) {
+        return bytes[0] == 0 && std::memcmp(bytes, bytes + 1, count - 1) == 0;
+    }
+
     /// Row 0 is the last one of the group before.
     [[nodiscard]] std::uint8_t* pixelRow(std::size_t i) { return pixels_.data() + i * stride_ + unfilterPadding; }
 
@@ -134,13 +217,76 @@ private:
         }
     }
 
-    Bitmap& bitmap_;
     const ColorConversion& conversion_;
     std::size_t width_;
     std::size_t pixelBytes_;
     std::size_t stride_;
     std::vector<std::uint8_t> filtered_;
     std::vector<std::uint8_t> pixels_;
+    bool isAboveEmpty_ = true;
+};
+
+constexpr int groupRows = static_cast<int>(rowsAtOnce);
+constexpr std::size_t streamedBytes = std::size_t{256} << 10;
+
+/// Turns filtered rows into runs.
+class SparseReader {
+public:
+    SparseReader(const PngHeader& header, const ColorConversion& conversion)
+        : size_({static_cast<int>(header.width), static_cast<int>(header.height)})
+        , pixelBytes_(header.hasAlpha() ? 4 : 3)
+        , finisher_(size_.width, pixelBytes_, conversion)
+        , maker_(size_)
+        , finished_(std::size_t{header.width} * 4 * rowsAtOnce) {
+        for (std::size_t i = 0; i < rowsAtOnce; ++i) {
+            rows_[i] = finished_.data() + i * header.width * 4;
+        }
+    }
+
+    [[nodiscard]] std::shared_ptr<const SparsePicture> read(StreamInflater& inflater) {
+        const std::size_t rowBytes = static_cast<std::size_t>(size_.width) * pixelBytes_ + 1;
+        const int groups = std::max(1, static_cast<int>(streamedBytes / (rowBytes * rowsAtOnce)));
+        std::vector<std::uint8_t> filtered(rowBytes * rowsAtOnce * static_cast<std::size_t>(groups));
+        for (int first = 0; first < size_.height; first += groups * groupRows) {
+            const int count = std::min(groups * groupRows, size_.height - first);
+            if (!inflater.read(std::span(filtered).first(rowBytes * static_cast<std::size_t>(count)))) {
+                return nullptr;
+            }
+            for (int y = 0; y < count; y += groupRows) {
+                if (!add(std::min(groupRows, count - y), filtered.data() + rowBytes * static_cast<std::size_t>(y))) {
+                    return nullptr;
+                }
+            }
+        }
+        return inflater.isAtEnd() ? maker_.finish() : nullptr;
+    }
+
+private:
+    [[nodiscard]] bool add(int count, const std::uint8_t* filtered) {
+        if (finisher_.areRepeated(count, filtered)) {
+            for (int i = 0; i < count; ++i) {
+                maker_.repeatRow();
+            }
+            return true;
+        }
+        if (!finisher_.finish(count, filtered, rows_)) {
+            return false;
+        }
+        for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
+            maker_.addRow(rows_[i]);
+        }
+        if (maker_.lastRowIsEmpty()) {
+            finisher_.lookAbove();
+        }
+        return true;
+    }
+
+    PixelSize size_;
+    std::size_t pixelBytes_;
+    RowFinisher finisher_;
+    SparsePictureMaker maker_;
+    std::vector<std::uint8_t> finished_;
+    FinishedRows rows_{};
 };
 
 } // namespace
@@ -163,15 +309,28 @@ std::optional<Bitmap> decodePlainPixels(ByteSpan bytes, const PngHeader& header,
     if (!inflate(compressed->inOnePiece(), filtered)) {
         return std::nullopt;
     }
-    RowFinisher finisher(bitmap, pixelBytes, conversion);
-    constexpr int group = static_cast<int>(rowsAtOnce);
-    for (int first = 0; first < bitmap.height(); first += group) {
-        const int count = std::min(group, bitmap.height() - first);
-        if (!finisher.finish(first, count, filtered.data() + rowBytes * static_cast<std::size_t>(first))) {
+    RowFinisher finisher(bitmap.width(), pixelBytes, conversion);
+    for (int first = 0; first < bitmap.height(); first += groupRows) {
+        const int count = std::min(groupRows, bitmap.height() - first);
+        FinishedRows rows{};
+        for (int i = 0; i < count; ++i) {
+            rows[static_cast<std::size_t>(i)] = bitmap.row(first + i);
+        }
+        if (!finisher.finish(count, filtered.data() + rowBytes * static_cast<std::size_t>(first), rows)) {
             return std::nullopt;
         }
     }
     return bitmap;
+}
+
+std::shared_ptr<const SparsePicture> decodeSparsePixels(ByteSpan bytes, const PngHeader& header,
+                                                        const ColorConversion& conversion) {
+    const std::optional<CompressedPixels> compressed = CompressedPixels::find(bytes);
+    if (!compressed) {
+        return nullptr;
+    }
+    StreamInflater inflater(compressed->pieces());
+    return SparseReader(header, conversion).read(inflater);
 }
 
 } // namespace quillomat::codecs

@@ -3,9 +3,11 @@
 #pragma once
 
 #include "platform/graphics/Bitmap.h"
+#include "platform/graphics/SparsePicture.h"
 #include "platform/graphics/codecs/ColorConversion.h"
 #include "platform/graphics/codecs/PngChunks.h"
 
+#include <memory>
 #include <optional>
 
 namespace quillomat::codecs {
@@ -19,5 +21,9 @@ namespace quillomat::codecs {
 /// way out of the ordinary, which is for libpng to judge.
 [[nodiscard]] std::optional<Bitmap> decodePlainPixels(ByteSpan bytes, const PngHeader& header,
                                                       const ColorConversion& conversion);
+
+/// The same in runs, never there as a whole in any other way.
+[[nodiscard]] std::shared_ptr<const SparsePicture> decodeSparsePixels(ByteSpan bytes, const PngHeader& header,
+                                                                      const ColorConversion& conversion);
 
 } // namespace quillomat::codecs

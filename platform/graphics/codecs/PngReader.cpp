@@ -218,12 +218,25 @@ Result<Bitmap> decode(ByteSpan bytes, PixelSize /*minimum*/, const ImageLimits& 
     return decodeWith(bytes, limits, /*libpngAlone=*/false);
 }
 
+std::shared_ptr<const SparsePicture> decodeSparse(ByteSpan bytes, const ImageLimits& limits) {
+    const Result<PngHeader> header = readPngHeader(bytes, limits);
+    if (!header || !hasPlainPixels(*header) || header->orientation != Orientation::upright) {
+        return nullptr;
+    }
+    Input input{asUnsignedChars(bytes), bytes.size(), false, {}};
+    const Reader reader(input);
+    if (reader.info == nullptr || !readInfo(reader.png, reader.info, &input, &limits)) {
+        return nullptr;
+    }
+    return decodeSparsePixels(bytes, *header, conversionOf(reader.png, reader.info, ColorModel::rgb));
+}
+
 } // namespace
 
 Result<Bitmap> decodePngByLibpng(ByteSpan bytes, const ImageLimits& limits) {
     return decodeWith(bytes, limits, /*libpngAlone=*/true);
 }
 
-const Codec pngCodec{ImageFormat::png, "PNG", sniff, readHeader, decode};
+const Codec pngCodec{ImageFormat::png, "PNG", sniff, readHeader, decode, decodeSparse};
 
 } // namespace quillomat::codecs

@@ -114,11 +114,9 @@ void Layer::makePicture(const LayerDraw& draw, const Polygon& outline, PixelSize
     }
     sampled_ = boundsOf(visible);
     const ImageSource& source = *draw.picture.source();
-    if (auto runs = source.sparsePixels(); runs && liesOnPixels(draw, runs->size())) {
-        sampler_ = makeSparseSampler(std::move(runs), draw);
-    } else {
-        sampler_ = makeSampler(source.bitmap(), draw, sampled_, *kernels_, pyramids);
-    }
+    auto runs = liesOnPixels(draw, source.pixelSize()) ? source.sparsePixels() : nullptr;
+    sampler_ = runs ? makeSparseSampler(std::move(runs), draw)
+                    : makeSampler(source.bitmap(), draw, sampled_, *kernels_, pyramids);
     pictureIsOpaque_ =
         sampler_ && (source.isKnownOpaque() || (sampler_->sparse() != nullptr && sampler_->sparse()->isOpaque()));
     if (sampler_ && !fills) {

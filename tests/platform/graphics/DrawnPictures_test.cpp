@@ -73,6 +73,61 @@ TEST(DrawnPictures, largestOfSeveralDrawsDecides) {
     EXPECT_EQ(decoded.draws()[0].picture.bitmap()->width(), (whole.width + 1) / 2);
 }
 
+Image overlayPicture() {
+    Bitmap bitmap({90, 70});
+    std::fill_n(bitmap.row(30), 200, std::uint8_t{100});
+    return picture(encodePng(bitmap).value());
+}
+
+std::shared_ptr<const SparsePicture> runsOf(const Recording& recording, std::size_t draw = 0) {
+    return withDecodedPictures(recording).draws()[draw].picture.source()->sparsePixels();
+}
+
+TEST(DrawnPictures, overlaysThatLieOnThePixelsAreDecodedInRuns) {
+    const Image image = overlayPicture();
+    Recording recording(PixelSize{100, 100});
+    recording.add(drawOver(image, {{-5, 7}, {90, 70}}));
+    const auto sparse = runsOf(recording);
+    ASSERT_TRUE(sparse);
+    EXPECT_EQ(bitmapOf(*sparse), *image.bitmap());
+    EXPECT_EQ(withDecodedPictures(recording).draws()[0].picture.bitmap(), nullptr);
+    EXPECT_EQ(withDecodedPictures(recording).draws()[0].picture.pixelSize(), image.pixelSize());
+}
+
+TEST(DrawnPictures, aPictureThatIsAlsoDrawnScaledIsABitmapForAll) {
+    const Image image = overlayPicture();
+    Recording recording(PixelSize{100, 100});
+    recording.add(drawOver(image, {{0, 0}, {90, 70}}));
+    recording.add(drawOver(image, {{0, 0}, {91, 70}}));
+    EXPECT_EQ(runsOf(recording, 0), nullptr);
+    EXPECT_NE(withDecodedPictures(recording).draws()[0].picture.bitmap(), nullptr);
+}
+
+TEST(DrawnPictures, whatIsThereOrKnownToBeOpaqueIsNotDecodedInRuns) {
+    const Image image = overlayPicture();
+    Recording recording(PixelSize{100, 100});
+    recording.add(drawOver(image, {{0, 0}, {90, 70}}));
+    const SharedBitmap held = image.bitmap();
+    EXPECT_EQ(runsOf(recording), nullptr);
+    EXPECT_EQ(withDecodedPictures(recording).draws()[0].picture.bitmap(), held);
+
+    Bitmap white({10, 10});
+    std::fill(white.bytes().begin(), white.bytes().end(), std::uint8_t{255});
+    Recording opaque(PixelSize{100, 100});
+    opaque.add(drawOver(picture(encodePng(white).value()), {{0, 0}, {10, 10}}));
+    EXPECT_EQ(runsOf(opaque), nullptr);
+}
+
+TEST(DrawnPictures, aDamagedOverlaySaysWhy) {
+    Bytes document = encodePng(Bitmap({90, 70})).value();
+    document.resize(document.size() - 20);
+    Recording recording(PixelSize{100, 100});
+    const Image image = picture(document);
+    recording.add(drawOver(image, {{0, 0}, {90, 70}}));
+    EXPECT_EQ(runsOf(recording), nullptr);
+    EXPECT_EQ(image.source()->failure(), "truncated PNG");
+}
+
 TEST(DrawnPictures, wholePictureIsStillThereAfterAReduction) {
     const Image image = picture(photograph());
     const SharedBitmap reduced = image.source()->bitmapOfAtLeast({10, 10});

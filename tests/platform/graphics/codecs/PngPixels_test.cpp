@@ -65,6 +65,111 @@ void expectSameAsLibpng(const std::vector<std::uint8_t>& png, const std::string&
     ASSERT_TRUE(judge) << what << ": " << judge.reason();
     ASSERT_TRUE(own) << what;
     EXPECT_EQ(*own, *judge) << what;
+    const auto sparse = codecs::decodeSparsePixels(asBytes(png), *header, {});
+    ASSERT_TRUE(sparse) << what;
+    EXPECT_EQ(bitmapOf(*sparse), *judge) << what << " in runs";
+}
+
+/// RGBA pixels by one filter for each row, in turn from `filters`.
+std::vector<std::uint8_t> filteredRows(const Bitmap& straight, const std::vector<std::uint8_t>& filters) {
+    std::vector<std::uint8_t> rows;
+    const Bitmap nothing({straight.width(), 1});
+    for (int y = 0; y < straight.height(); ++y) {
+        const std::uint8_t filter = filters[static_cast<std::size_t>(y) % filters.size()];
+        const std::uint8_t* row = straight.row(y);
+        const std::uint8_t* above = y > 0 ? straight.row(y - 1) : nothing.row(0);
+        rows.push_back(filter);
+        for (std::size_t i = 0; i < straight.stride(); ++i) {
+            const int left = i >= 4 ? row[i - 4] : 0;
+            const int corner = i >= 4 ? above[i - 4] : 0;
+            const int up = above[i];
+            const int p = left + up - corner;
+            const int nearest = std::min({std::abs(p - left), std::abs(p - up), std::abs(p - corner)});
+            const int paeth = nearest == std::abs(p - left) ? left : nearest == std::abs(p - up) ? up : corner;
+            const int predicted[] = {0, left, up, (left + up) / 2, paeth};
+            rows.push_back(static_cast<std::uint8_t>(row[i] - predicted[filter]));
+        }
+    }
+    return rows;
+}
+
+/// Wide empty parts, empty parts with a color that does not show, repeated rows, a shadow, something solid.
+Bitmap straightOverlay(PixelSize size, std::mt19937& random) {
+    Bitmap bitmap(size);
+    for (int y = 0; y < size.height;) {
+        const int end = std::min(size.height, y + 1 + static_cast<int>(random() % 11));
+        const auto kind = random() % 5;
+        for (int x = 0; x < size.width; ++x) {
+            std::uint8_t* pixel = bitmap.row(y) + x * 4;
+            const bool isInside = x > size.width / 4 && x < size.width / 2;
+            if (kind == 1 || (kind == 2 && isInside)) {
+                std::fill_n(pixel, 3, std::uint8_t{200});
+                pixel[3] = kind == 1 ? 0 : 255;
+            } else if (kind == 3 && isInside) {
+                pixel[3] = static_cast<std::uint8_t>(x);
+            } else if (kind == 4 && isInside) {
+                std::generate_n(pixel, 4, [&] { return static_cast<std::uint8_t>(random()); });
+            }
+        }
+        for (int copy = y + 1; copy < end; ++copy) {
+            std::copy_n(bitmap.row(y), bitmap.stride(), bitmap.row(copy));
+        }
+        y = end;
+    }
+    return bitmap;
+}
+
+TEST(PngPixels, overlaysInRunsAreThoseOfLibpng) {
+    std::mt19937 random(12);
+    for (int i = 0; i < 150; ++i) {
+        const int height = 1 + static_cast<int>(random() % 60);
+        const PixelSize size{1 + static_cast<int>(random() % 300), i == 0 ? 3000 : height};
+        std::vector<std::uint8_t> filters;
+        for (auto count = 1 + random() % 4; count > 0; --count) {
+            filters.push_back(static_cast<std::uint8_t>(random() % 3 == 0 ? 2 : random() % 5));
+        }
+        const auto rows = filteredRows(straightOverlay(size, random), filters);
+        const auto width = static_cast<std::uint32_t>(size.width);
+        expectSameAsLibpng(
+            pngDocument(
+                {pngHeader(width, static_cast<std::uint32_t>(size.height), 8, 6), {"IDAT", rows}, {"IEND", {}}}),
+            std::to_string(i));
+    }
+}
+
+/// The document with its compressed pixels changed, and the chunks' checksums right.
+std::vector<std::uint8_t> withDamagedStream(const std::vector<std::uint8_t>& png, std::mt19937& random) {
+    std::vector<std::uint8_t> out(png.begin(), png.begin() + 8);
+    for (auto chunk = codecs::firstPngChunk(asBytes(png)); chunk;
+         chunk = codecs::pngChunkAt(asBytes(png), chunk->next)) {
+        const std::uint8_t* data = codecs::asUnsignedChars(chunk->data);
+        std::vector<std::uint8_t> body(data, data + chunk->data.size());
+        if (chunk->type == "IDAT") {
+            for (auto changes = 1 + random() % 2; changes > 0; --changes) {
+                body[random() % body.size()] = static_cast<std::uint8_t>(random());
+            }
+            if (random() % 4 == 0) {
+                body.resize(random() % body.size());
+            }
+        }
+        tiny_png_detail::appendChunk(out, chunk->type, body);
+    }
+    return out;
+}
+
+TEST(PngPixels, damagedStreamsGiveNoRuns) {
+    std::mt19937 random(13);
+    const auto whole = written({60, 50, true, PNG_ALL_FILTERS, 100000}, 4);
+    for (int i = 0; i < 5000; ++i) {
+        const auto damaged = withDamagedStream(whole, random);
+        const Result<codecs::PngHeader> header = codecs::readPngHeader(asBytes(damaged), {});
+        ASSERT_TRUE(header);
+        if (const auto sparse = codecs::decodeSparsePixels(asBytes(damaged), *header, {})) {
+            const Result<Bitmap> judge = codecs::decodePngByLibpng(asBytes(damaged));
+            ASSERT_TRUE(judge) << i << ": " << judge.reason();
+            EXPECT_EQ(bitmapOf(*sparse), *judge) << i;
+        }
+    }
 }
 
 TEST(PngPixels, everyFilterAndShapeIsReadAsByLibpng) {
@@ -94,7 +199,10 @@ TEST(PngPixels, filesOutOfTheOrdinaryAreLeftToLibpng) {
     const PngChunk pixels{"IDAT", {0, 1, 2, 3}};
     const PngChunk end{"IEND", {}};
     const auto take = [](const std::vector<std::uint8_t>& png) {
-        return codecs::decodePlainPixels(asBytes(png), *codecs::readPngHeader(asBytes(png), {}), {}).has_value();
+        const codecs::PngHeader pngHeader = *codecs::readPngHeader(asBytes(png), {});
+        const bool taken = codecs::decodePlainPixels(asBytes(png), pngHeader, {}).has_value();
+        EXPECT_EQ(codecs::decodeSparsePixels(asBytes(png), pngHeader, {}) != nullptr, taken);
+        return taken;
     };
     EXPECT_TRUE(take(pngDocument({header, pixels, end})));
     EXPECT_TRUE(take(pngDocument({header, pixels, {"tEXt", {'a', 0, 'b'}}, end})));

@@ -3,6 +3,7 @@
 
 #include "TinyPng.h"
 #include "platform/graphics/ImageFile.h"
+#include "platform/graphics/SparsePicture.h"
 
 #include <gtest/gtest.h>
 
@@ -69,6 +70,14 @@ inline int largestDifference(const Bitmap& a, const Bitmap& b) {
         largest = std::max(largest, std::abs(int{a.bytes()[i]} - int{b.bytes()[i]}));
     }
     return largest;
+}
+
+inline Bitmap bitmapOf(const SparsePicture& picture) {
+    Bitmap bitmap(picture.size());
+    for (int y = 0; y < bitmap.height(); ++y) {
+        picture.copy(y, 0, bitmap.width(), bitmap.row(y));
+    }
+    return bitmap;
 }
 
 struct PngChunk {
