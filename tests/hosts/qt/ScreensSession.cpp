@@ -90,6 +90,14 @@ void ScreensSession::cancelTouches(QObject* window) {
     }
 }
 
+qreal ScreensSession::scaleFactor() const {
+    return qEnvironmentVariable("QT_SCALE_FACTOR").toDouble();
+}
+
+qreal ScreensSession::textScale() const {
+    return qEnvironmentVariable("QT_FONT_DPI").toDouble() / 96;
+}
+
 } // namespace quillomat
 
 QUICK_TEST_MAIN_WITH_SETUP(screens, quillomat::ScreensSession)

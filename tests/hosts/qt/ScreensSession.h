@@ -31,6 +31,10 @@ public:
     /// Takes all fingers off the glass at once, as a system does that wants the touch for itself.
     Q_INVOKABLE void cancelTouches(QObject* window);
 
+    /// Device pixels for a point, and the type's size, that the run was started with; 0 where it was with neither.
+    Q_INVOKABLE qreal scaleFactor() const;
+    Q_INVOKABLE qreal textScale() const;
+
 public slots:
     void applicationAvailable();
     void qmlEngineAvailable(QQmlEngine* engine);

@@ -9,19 +9,24 @@ Pressable {
     property real size: Theme.sizeTitle
 
     implicitHeight: Math.max(Theme.target + 2 * Theme.step, caption.implicitHeight + 4 * Theme.step)
-    implicitWidth: caption.implicitWidth + 2 * Theme.margin
+    implicitWidth: Math.ceil(caption.implicitWidth) + 2 * Theme.margin
     sinks: false
+    ringRadius: Theme.smallRadius + Theme.step
 
     Rectangle {
         anchors.fill: parent
         anchors.margins: Theme.step
         radius: Theme.smallRadius + Theme.step
-        color: root.pressed ? Theme.cardPressed : Theme.clear
+        color: root.pressed || root.hovered ? Theme.cardPressed : Theme.clear
+        Behavior on color { ColorAnimation { duration: Theme.fade } }
     }
     Caption {
         id: caption
         anchors.centerIn: parent
         width: Math.min(implicitWidth, parent.width - 2 * Theme.gap)
+        horizontalAlignment: Text.AlignHCenter
+        wrapMode: Text.WordWrap
+        maximumLineCount: 2
         text: root.name
         color: Theme.accent
         size: root.size

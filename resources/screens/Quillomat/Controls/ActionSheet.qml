@@ -2,7 +2,7 @@
 import QtQuick
 import Quillomat.Theme
 
-FocusScope {
+Question {
     id: root
 
     required property QtObject presentation
@@ -20,8 +20,6 @@ FocusScope {
             presentation.answer(cancelIndex);
     }
 
-    anchors.fill: parent
-    focus: true
     Accessible.role: Accessible.Dialog
     Accessible.name: presentation.title
     Keys.onEscapePressed: turnAway()
@@ -33,7 +31,7 @@ FocusScope {
     }
     Column {
         id: column
-        width: Math.min(parent.width - 2 * Theme.gap, Theme.sheetWidth)
+        width: Math.min(parent.width - 2 * Theme.gap, Theme.sheetWidth * Math.max(1, Theme.scale))
         anchors.horizontalCenter: parent.horizontalCenter
         y: parent.height - (height + Theme.gap) * (Theme.reducesMotion ? 1 : root.shown)
         opacity: Theme.reducesMotion ? root.shown : 1
@@ -41,66 +39,85 @@ FocusScope {
 
         Rectangle {
             width: parent.width
-            height: list.height
+            height: Math.min(list.height, root.height - cancelCard.height - 2 * Theme.gap - column.spacing)
             radius: Theme.cardRadius
             color: Theme.raised
+            Lift {}
 
-            Column {
-                id: list
-                width: parent.width
-                topPadding: Theme.gap
-                bottomPadding: Theme.step
+            Flickable {
+                id: scroll
+                anchors.fill: parent
+                contentHeight: list.height
+                clip: contentHeight > height
+                boundsBehavior: Flickable.StopAtBounds
+                interactive: contentHeight > height
 
-                Caption {
-                    width: parent.width
-                    horizontalAlignment: Text.AlignHCenter
-                    text: root.presentation.title
-                    size: Theme.sizeSmall
-                    color: Theme.secondaryText
-                    strong: true
+                function reveal(item: Item): void {
+                    contentY = Math.max(Math.min(contentY, item.y), item.y + item.height - height);
+                }
+
+                Column {
+                    id: list
+                    width: scroll.width
+                    topPadding: Theme.margin
                     bottomPadding: Theme.step
-                }
-                Caption {
-                    visible: text !== ""
-                    width: parent.width - 2 * Theme.margin
-                    x: Theme.margin
-                    horizontalAlignment: Text.AlignHCenter
-                    wrapMode: Text.WordWrap
-                    text: root.presentation.message
-                    size: Theme.sizeSmall
-                    color: Theme.secondaryText
-                }
-                Repeater {
-                    model: root.presentation.actions
-                    ActionRow {
-                        required property var modelData
-                        required property int index
-                        visible: !modelData.isCancel
-                        height: visible ? implicitHeight : 0
-                        width: list.width
-                        name: modelData.title
-                        onTriggered: root.presentation.answer(index)
-                        Rectangle {
-                            width: parent.width - 2 * Theme.margin
-                            x: Theme.margin
-                            height: 1
-                            color: Theme.hairline
+
+                    Caption {
+                        width: parent.width
+                        horizontalAlignment: Text.AlignHCenter
+                        text: root.presentation.title
+                        size: Theme.sizeSmall
+                        color: Theme.secondaryText
+                        strong: true
+                        bottomPadding: 2 * Theme.step
+                    }
+                    Caption {
+                        visible: text !== ""
+                        width: parent.width - 2 * Theme.margin
+                        x: Theme.margin
+                        horizontalAlignment: Text.AlignHCenter
+                        wrapMode: Text.WordWrap
+                        text: root.presentation.message
+                        size: Theme.sizeSmall
+                        color: Theme.secondaryText
+                        bottomPadding: 2 * Theme.step
+                    }
+                    Repeater {
+                        model: root.presentation.actions
+                        ActionRow {
+                            required property var modelData
+                            required property int index
+                            visible: !modelData.isCancel
+                            height: visible ? implicitHeight : 0
+                            width: list.width
+                            name: modelData.title
+                            onTriggered: root.presentation.answer(index)
+                            onActiveFocusChanged: if (activeFocus) scroll.reveal(this)
+                            Rectangle {
+                                width: parent.width - 2 * Theme.margin
+                                x: Theme.margin
+                                height: 1
+                                color: Theme.hairline
+                            }
                         }
                     }
                 }
             }
         }
         Rectangle {
+            id: cancelCard
             visible: root.cancelIndex >= 0
             width: parent.width
-            height: cancel.implicitHeight + 2 * Theme.step
+            height: visible ? cancel.implicitHeight + 2 * Theme.step : 0
             radius: Theme.cardRadius
             color: Theme.raised
+            Lift {}
             ActionRow {
                 id: cancel
                 anchors.fill: parent
                 strong: true
                 focus: true
+                ringRadius: Theme.cardRadius
                 name: root.cancelIndex >= 0 ? root.presentation.actions[root.cancelIndex].title : ""
                 onTriggered: root.turnAway()
             }

@@ -9,19 +9,21 @@ Pressable {
 
     visible: name !== ""
     available: name !== ""
-    implicitWidth: Math.max(Theme.target, caption.implicitWidth + 2 * Theme.gap)
+    implicitWidth: Math.max(Theme.target, Math.ceil(caption.implicitWidth) + 2 * Theme.gap)
+    ringRadius: height / 2
 
     Rectangle {
         anchors.centerIn: parent
         width: parent.width
         height: caption.implicitHeight + 3 * Theme.step
         radius: height / 2
-        color: root.pressed ? Theme.cardPressed : Theme.card
+        color: root.pressed || root.hovered ? Theme.cardPressed : Theme.card
         Behavior on color { ColorAnimation { duration: Theme.fade } }
     }
     Caption {
         id: caption
         anchors.centerIn: parent
+        width: Math.min(implicitWidth, parent.width - 2 * Theme.gap)
         text: root.name
         color: Theme.accent
         size: root.fontSize * Theme.scale

@@ -8,6 +8,11 @@ Item {
     property QtObject screen: null
     property bool canGoBack: false
 
+    // Where the buttons end and the title may begin.
+    readonly property real leftEnd: leftButton.visible ? leftButton.x + leftButton.width
+                                                       : back.visible ? back.x + back.width : 0
+    readonly property real rightEnd: rightButton.visible ? rightButton.x : width
+
     signal backPressed()
 
     implicitHeight: Theme.barHeight
@@ -38,9 +43,11 @@ Item {
         onTriggered: root.screen.pressLeft()
     }
     Caption {
-        anchors.centerIn: parent
-        width: Math.min(implicitWidth, parent.width - 2 * Math.max(leftButton.visible ? leftButton.width : Theme.target,
-                                                                   rightButton.width) - 4 * Theme.margin)
+        // In the middle of the window, or as near to it as the buttons let it.
+        width: Math.max(0, Math.min(Math.ceil(implicitWidth), root.rightEnd - root.leftEnd - 2 * Theme.gap))
+        x: Math.round(Math.max(root.leftEnd + Theme.gap,
+                               Math.min((root.width - width) / 2, root.rightEnd - Theme.gap - width)))
+        anchors.verticalCenter: parent.verticalCenter
         text: root.screen ? root.screen.title : ""
         size: Theme.sizeTitle
         strong: true
@@ -54,6 +61,7 @@ Item {
         id: rightButton
         name: root.screen ? root.screen.rightTitle : ""
         fontSize: root.screen ? root.screen.barFontSize : 12
+        width: Math.min(implicitWidth, root.width - root.leftEnd - Theme.gap - Theme.margin)
         anchors.right: parent.right
         anchors.rightMargin: Theme.margin
         anchors.verticalCenter: parent.verticalCenter

@@ -26,7 +26,7 @@ Item {
     enabled: available
     implicitWidth: Theme.target
     implicitHeight: Theme.target
-    activeFocusOnTab: enabled
+    activeFocusOnTab: enabled && !scrolls
     objectName: name
 
     Accessible.role: Accessible.Button
@@ -47,6 +47,7 @@ Item {
     }
     HoverHandler {
         id: hover
+        acceptedDevices: PointerDevice.AllDevices & ~PointerDevice.TouchScreen
         cursorShape: root.enabled ? Qt.PointingHandCursor : Qt.ArrowCursor
     }
     Item {

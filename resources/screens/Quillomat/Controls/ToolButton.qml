@@ -11,7 +11,7 @@ Pressable {
     property bool on: false
     readonly property color ink: prominent || on ? Theme.accent : Theme.text
 
-    implicitHeight: Theme.toolBarHeight - 2 * Theme.step
+    implicitHeight: Theme.toolHeight
     ringRadius: Theme.wellRadius
 
     Accessible.checkable: false
@@ -20,7 +20,7 @@ Pressable {
         anchors.fill: parent
         anchors.margins: Theme.step / 2
         radius: Theme.wellRadius
-        color: root.pressed ? Theme.cardPressed : Theme.clear
+        color: root.pressed ? Theme.cardPressed : root.hovered ? Theme.card : Theme.clear
         Behavior on color { ColorAnimation { duration: Theme.fade } }
     }
     Icon {
@@ -29,10 +29,13 @@ Pressable {
         color: root.ink
         anchors.horizontalCenter: parent.horizontalCenter
         anchors.top: parent.top
-        anchors.topMargin: 2.5 * Theme.step
+        anchors.topMargin: Math.max(Theme.step, (parent.height - height - words.height - 1.5 * Theme.step) / 2)
     }
     Caption {
+        id: words
         text: root.label
+        fontSizeMode: Text.HorizontalFit
+        minimumPixelSize: 9
         size: Theme.sizeTiny
         color: root.ink
         strong: root.prominent

@@ -16,6 +16,8 @@ Pressable {
     hint: descLabel
     sinks: true
     scrolls: true
+    // Larger type makes it higher than the core asks for.
+    implicitHeight: Math.ceil(texts.implicitHeight) + 6 * Theme.step
     ringRadius: Theme.cardRadius
     Accessible.role: Accessible.ListItem
 
@@ -49,10 +51,11 @@ Pressable {
         }
     }
     Column {
+        id: texts
         anchors.left: well.right
         anchors.leftMargin: Theme.gap + Theme.step
-        anchors.right: chevron.left
-        anchors.rightMargin: Theme.step
+        anchors.right: card.right
+        anchors.rightMargin: Theme.margin
         anchors.verticalCenter: card.verticalCenter
         spacing: Theme.step
 
@@ -62,11 +65,11 @@ Pressable {
             size: Theme.sizeTitle
             strong: true
             fontSizeMode: Text.HorizontalFit
-            minimumPixelSize: Theme.sizeSmall
+            minimumPixelSize: Math.min(Theme.sizeTitle, 14)
             lineHeight: 1.1
         }
         Caption {
-            width: parent.width
+            width: parent.width - chevron.width
             text: root.descLabel
             size: Theme.sizeSmall
             color: Theme.secondaryText
@@ -74,7 +77,10 @@ Pressable {
             maximumLineCount: 2
             lineHeight: 1.2
         }
-        Chip { text: root.sizeLabel }
+        Chip {
+            anchors.right: parent.right
+            text: root.sizeLabel
+        }
     }
     Icon {
         id: chevron

@@ -8,6 +8,8 @@ FocusScope {
 
     required property QtObject presentation
     readonly property QtObject crop: presentation.crop
+    // Without height to spare the buttons stand in the bar.
+    readonly property bool isLow: width > height && height < Theme.lowWindow
 
     anchors.fill: parent
     Accessible.role: Accessible.Dialog
@@ -39,7 +41,7 @@ FocusScope {
         id: room
         anchors.fill: parent
         anchors.topMargin: Theme.barHeight
-        anchors.bottomMargin: Theme.barHeight + 2 * Theme.margin
+        anchors.bottomMargin: root.isLow ? 0 : Theme.barHeight + 2 * Theme.margin
         clip: true
 
         Item {
@@ -135,8 +137,7 @@ FocusScope {
         fontSize: 15
         anchors.left: parent.left
         anchors.leftMargin: Theme.margin
-        anchors.bottom: parent.bottom
-        anchors.bottomMargin: Theme.margin
+        y: root.isLow ? (Theme.barHeight - height) / 2 : parent.height - height - Theme.margin
         onTriggered: root.presentation.cancelCrop()
     }
     BarButton {
@@ -145,8 +146,7 @@ FocusScope {
         focus: true
         anchors.right: parent.right
         anchors.rightMargin: Theme.margin
-        anchors.bottom: parent.bottom
-        anchors.bottomMargin: Theme.margin
+        y: root.isLow ? (Theme.barHeight - height) / 2 : parent.height - height - Theme.margin
         onTriggered: root.presentation.finishCrop()
     }
 }

@@ -1,7 +1,6 @@
 // A folder's files as a list, for imports.
 import QtQuick
 import Quillomat.Controls
-import Quillomat.Host
 import Quillomat.Theme
 
 PickerFrame {
@@ -23,7 +22,7 @@ PickerFrame {
             visible: root.folder.canGoUp
             name: qsTr("Folder above")
             width: list.width
-            height: visible ? Theme.target : 0
+            height: visible ? Math.max(Theme.target, 3 * Theme.sizeBody) : 0
             onTriggered: root.folder.up()
             Row {
                 anchors.verticalCenter: parent.verticalCenter
@@ -41,7 +40,7 @@ PickerFrame {
             required property bool isFolder
 
             width: list.width
-            height: Theme.target + Theme.step
+            height: Math.max(Theme.target + Theme.step, 3 * Theme.sizeBody)
             name: fileName
             scrolls: true
             onTriggered: {
@@ -69,13 +68,11 @@ PickerFrame {
                     anchors.verticalCenter: parent.verticalCenter
                 }
             }
-            FocusRing { visible: row.ListView.isCurrentItem && list.activeFocus && Shell.usesKeyboard }
         }
     }
-    Caption {
+    EmptyNote {
         visible: !root.folder.loading && root.folder.count === 0
-        anchors.centerIn: parent
+        icon: "folder"
         text: qsTr("Nothing here")
-        color: Theme.secondaryText
     }
 }

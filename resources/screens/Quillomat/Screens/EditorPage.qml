@@ -1,5 +1,6 @@
 // The editor: the live preview in a soft well, and a bar of tools at the bottom.
 import QtQuick
+import QtQuick.Window
 import Quillomat.Controls
 import Quillomat.Host
 import Quillomat.Theme
@@ -7,23 +8,20 @@ import Quillomat.Theme
 ScreenPage {
     id: root
 
+    // A low window has room beside the picture rather than below it.
+    readonly property bool sideways: width > height && height < Theme.lowWindow
+
     Item {
         id: stage
-        anchors.top: parent.top
-        anchors.bottom: tools.top
-        width: parent.width
+        width: parent.width - (root.sideways ? tools.width + Theme.step : 0)
+        height: parent.height - (root.sideways ? 0 : tools.height + Theme.step)
 
-        Rectangle {
+        Well {
             id: well
             anchors.fill: parent
             anchors.leftMargin: Theme.gap
-            anchors.rightMargin: Theme.gap
-            anchors.bottomMargin: Theme.gap
-            radius: Theme.cardRadius
-            gradient: Gradient {
-                GradientStop { position: 0; color: Theme.wellTop }
-                GradientStop { position: 1; color: Theme.wellBottom }
-            }
+            anchors.rightMargin: root.sideways ? Theme.step : Theme.gap
+            anchors.bottomMargin: root.sideways ? Theme.gap : 2 * Theme.step
         }
         Item {
             id: frame
@@ -31,17 +29,21 @@ ScreenPage {
             readonly property real room: 2 * Theme.gap + (root.screen.isMeasuring ? 0 : Theme.margin)
             readonly property real zoom: Math.max(0.1, Math.min((well.width - room) / viewport.width,
                                                                 (well.height - room) / viewport.height))
+            readonly property real ratio: Screen.devicePixelRatio
+            // On whole device pixels, or the picture would be drawn a second time between them.
+            function snap(length: real): real { return Math.round(length * ratio) / ratio; }
 
-            anchors.centerIn: well
-            width: Math.round(viewport.width * zoom)
-            height: Math.round(viewport.height * zoom)
+            x: well.x + snap((well.width - width) / 2)
+            y: well.y + snap((well.height - height) / 2)
+            width: snap(viewport.width * zoom)
+            height: snap(viewport.height * zoom)
 
             Checkerboard {
                 readonly property rect place: root.screen.canvas
-                x: (place.x - frame.viewport.x) * frame.zoom
-                y: (place.y - frame.viewport.y) * frame.zoom
-                width: place.width * frame.zoom
-                height: place.height * frame.zoom
+                x: frame.snap((place.x - frame.viewport.x) * frame.zoom)
+                y: frame.snap((place.y - frame.viewport.y) * frame.zoom)
+                width: frame.snap(place.width * frame.zoom)
+                height: frame.snap(place.height * frame.zoom)
             }
             PreviewItem {
                 id: preview
@@ -66,19 +68,33 @@ ScreenPage {
         }
     }
 
-    Row {
+    Grid {
         id: tools
-        readonly property real cell: Math.min((root.width - 2 * Theme.step) / 5, Theme.columnWidth / 5)
+        readonly property real cell: root.sideways ? Theme.toolWidth
+                                                   : Math.min(root.width - 2 * Theme.step, Theme.columnWidth) / 5
+        readonly property real cellHeight: root.sideways ? Math.min(Theme.toolHeight, stage.height / 5)
+                                                         : Theme.toolHeight
 
-        anchors.bottom: parent.bottom
-        anchors.bottomMargin: Theme.step
-        anchors.horizontalCenter: parent.horizontalCenter
-        height: Theme.toolBarHeight
+        /// The arrow keys go from tool to tool, past those that the mockup does not take.
+        function step(by: int): void {
+            const all = children.filter(tool => tool.enabled);
+            const now = all.findIndex(tool => tool.activeFocus);
+            all[Math.max(0, Math.min(all.length - 1, now + by))]?.forceActiveFocus(Qt.TabFocusReason);
+        }
+
+        columns: root.sideways ? 1 : 5
+        x: root.sideways ? stage.width : Math.round((parent.width - width) / 2)
+        y: root.sideways ? Math.round((stage.height - height) / 2) : stage.height
         Accessible.role: Accessible.ToolBar
         Accessible.name: qsTr("Tools")
+        Keys.onLeftPressed: step(-1)
+        Keys.onRightPressed: step(1)
+        Keys.onUpPressed: step(-1)
+        Keys.onDownPressed: step(1)
 
         ToolButton {
             width: tools.cell
+            height: tools.cellHeight
             name: qsTr("Left screenshot")
             label: qsTr("Left")
             icon: "left"
@@ -88,6 +104,7 @@ ScreenPage {
         }
         ToolButton {
             width: tools.cell
+            height: tools.cellHeight
             name: qsTr("Right screenshot")
             label: qsTr("Right")
             icon: "right"
@@ -96,6 +113,7 @@ ScreenPage {
         }
         ToolButton {
             width: tools.cell
+            height: tools.cellHeight
             name: qsTr("Background")
             icon: "background"
             available: root.screen.backgroundEnabled
@@ -103,6 +121,7 @@ ScreenPage {
         }
         ToolButton {
             width: tools.cell
+            height: tools.cellHeight
             name: qsTr("Glare")
             icon: "glare"
             on: root.screen.showsGlare
@@ -111,6 +130,7 @@ ScreenPage {
         }
         ToolButton {
             width: tools.cell
+            height: tools.cellHeight
             name: qsTr("Save")
             icon: "save"
             prominent: true

@@ -11,6 +11,24 @@ ScreenPage {
     ListView {
         id: column
         readonly property real zoom: width / root.screen.pointsAcross
+        // What stands in the middle stays there when the window changes its shape; in the core's points.
+        property real middle: 0
+        property bool isSettled: false
+        function remember(): void {
+            if (isSettled)
+                middle = (contentY - originY + height / 2) / zoom;
+        }
+        function unsettle(): void {
+            isSettled = false;
+            Qt.callLater(recall); // when all sizes have followed
+        }
+        function recall(): void {
+            forceLayout();
+            const top = originY - topMargin;
+            const bottom = Math.max(top, originY + contentHeight + bottomMargin - height);
+            contentY = Math.max(top, Math.min(bottom, originY + middle * zoom - height / 2));
+            isSettled = true;
+        }
 
         anchors.top: parent.top
         anchors.bottom: parent.bottom
@@ -28,6 +46,10 @@ ScreenPage {
         highlightMoveDuration: Theme.fade
         Accessible.role: Accessible.List
         Accessible.name: root.screen.title
+        Component.onCompleted: { positionViewAtBeginning(); isSettled = true; remember(); }
+        onContentYChanged: remember()
+        onWidthChanged: unsettle()
+        onHeightChanged: unsettle()
         Keys.onReturnPressed: if (currentIndex >= 0) root.screen.tap(currentIndex)
         Keys.onEnterPressed: if (currentIndex >= 0) root.screen.tap(currentIndex)
 

@@ -29,7 +29,7 @@ ScreenPage {
 
         delegate: CatalogueRow {
             width: list.width
-            height: root.screen.rows.rowHeight
+            height: Math.max(root.screen.rows.rowHeight, implicitHeight)
             onTriggered: {
                 list.currentIndex = index;
                 root.screen.select(index);

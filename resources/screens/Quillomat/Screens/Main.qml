@@ -12,7 +12,7 @@ Window {
     width: 400
     height: 800
     minimumWidth: 320
-    minimumHeight: 480
+    minimumHeight: 320
     visible: true
     color: Theme.ground
     title: "Quillomat"

@@ -1,7 +1,6 @@
 // One picture or folder of the grid.
 import QtQuick
 import Quillomat.Controls
-import Quillomat.Host
 import Quillomat.Theme
 
 Pressable {
@@ -12,7 +11,6 @@ Pressable {
     required property string filePath
     required property bool isFolder
     required property string thumbnail
-    property bool current: false
 
     name: fileName
     scrolls: true
@@ -49,5 +47,4 @@ Pressable {
             }
         }
     }
-    FocusRing { visible: root.current && Shell.usesKeyboard }
 }

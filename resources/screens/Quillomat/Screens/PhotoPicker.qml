@@ -40,7 +40,8 @@ Item {
                 visible: picker.folder.canGoUp
                 name: qsTr("Folder above")
                 width: grid.width
-                height: visible ? Theme.target : 0
+                height: visible ? Math.max(Theme.target, 3 * Theme.sizeSmall) : 0
+                ringRadius: Theme.smallRadius
                 onTriggered: picker.folder.up()
                 Row {
                     anchors.verticalCenter: parent.verticalCenter
@@ -53,7 +54,6 @@ Item {
             delegate: PhotoCell {
                 width: grid.cellWidth
                 height: grid.cellHeight
-                current: GridView.isCurrentItem && grid.activeFocus
                 onTriggered: {
                     grid.currentIndex = index;
                     if (isFolder)
@@ -63,14 +63,10 @@ Item {
                 }
             }
         }
-        Caption {
+        EmptyNote {
             visible: !picker.folder.loading && picker.folder.count === 0
-            anchors.centerIn: parent
-            width: parent.width - 4 * Theme.margin
-            horizontalAlignment: Text.AlignHCenter
-            wrapMode: Text.WordWrap
+            icon: "background"
             text: qsTr("No pictures here yet. Browse for a file, drop one on the window, or paste one.")
-            color: Theme.secondaryText
         }
     }
     Loader {

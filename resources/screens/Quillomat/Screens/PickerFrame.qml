@@ -23,13 +23,15 @@ FocusScope {
     Scrim { opacity: root.shown }
     Rectangle {
         id: page
-        width: Math.min(parent.width, parent.width > 700 ? 640 : parent.width)
-        height: parent.height > 900 && parent.width > 700 ? parent.height - 6 * Theme.margin : parent.height
+        readonly property bool isCard: parent.width > 700 && parent.height >= Theme.lowWindow
+        width: isCard ? 640 : parent.width
+        height: isCard ? Math.min(parent.height - 4 * Theme.margin, 960) : parent.height
         x: Math.round((parent.width - width) / 2)
         y: (parent.height - height) / 2 + (Theme.reducesMotion ? 0 : (1 - root.shown) * parent.height)
         opacity: Theme.reducesMotion ? root.shown : 1
-        radius: width < parent.width ? Theme.cardRadius : 0
+        radius: isCard ? Theme.cardRadius : 0
         color: Theme.ground
+        Lift { visible: page.isCard }
 
         Item {
             id: header
@@ -45,8 +47,12 @@ FocusScope {
                 onTriggered: root.presentation.cancel()
             }
             Caption {
-                anchors.centerIn: parent
-                width: Math.min(implicitWidth, parent.width - cancel.width - browse.width - 4 * Theme.gap)
+                readonly property real from: cancel.x + cancel.width + Theme.gap
+                readonly property real to: browse.x - Theme.gap
+                width: Math.max(0, Math.min(Math.ceil(implicitWidth), to - from))
+                x: Math.round(Math.max(from, Math.min((parent.width - width) / 2, to - width)))
+                anchors.verticalCenter: parent.verticalCenter
+                horizontalAlignment: Text.AlignHCenter
                 text: root.folder.folderName
                 size: Theme.sizeTitle
                 strong: true
@@ -76,7 +82,7 @@ FocusScope {
         Rectangle {
             visible: root.presentation.trouble !== ""
             width: Math.min(parent.width - 2 * Theme.margin, trouble.implicitWidth + 2 * Theme.margin)
-            height: Theme.target
+            height: Math.max(Theme.target, trouble.implicitHeight + 4 * Theme.step)
             radius: height / 2
             anchors.horizontalCenter: parent.horizontalCenter
             anchors.bottom: parent.bottom

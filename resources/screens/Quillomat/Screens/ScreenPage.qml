@@ -19,13 +19,6 @@ FocusScope {
         anchors.fill: parent
         color: root.ground
     }
-    Item {
-        id: body
-        anchors.top: bar.bottom
-        anchors.left: parent.left
-        anchors.right: parent.right
-        anchors.bottom: parent.bottom
-    }
     NavigationBar {
         id: bar
         width: parent.width
@@ -33,12 +26,19 @@ FocusScope {
         canGoBack: root.Basic.StackView.index > 0
         onBackPressed: Shell.back()
     }
+    Item {
+        id: body
+        anchors.top: bar.bottom
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.bottom: parent.bottom
+    }
     Rectangle {
         id: notice
         visible: root.screen.notice !== ""
         anchors.centerIn: parent
-        width: words.implicitWidth + 3 * Theme.margin
-        height: Theme.target
+        width: Math.min(parent.width - 2 * Theme.margin, words.implicitWidth + 3 * Theme.margin)
+        height: Math.max(Theme.target, words.implicitHeight + 4 * Theme.step)
         radius: height / 2
         color: Theme.raised
         Accessible.role: Accessible.ProgressBar
@@ -47,6 +47,7 @@ FocusScope {
         Caption {
             id: words
             anchors.centerIn: parent
+            width: Math.min(implicitWidth, parent.width - 2 * Theme.margin)
             text: root.screen.notice
             lineHeight: 1
         }

@@ -25,8 +25,8 @@ QtObject {
     readonly property color hairline: dark ? "#2C2C30" : "#E4E2DC"
     readonly property color wellTop: dark ? "#2B2B30" : "#F4F2EE"
     readonly property color wellBottom: dark ? "#202024" : "#E6E2DA"
-    readonly property color checkLight: dark ? "#19191C" : "#F3F1ED"
-    readonly property color checkDark: dark ? "#161618" : "#EDEBE6"
+    readonly property color checkLight: dark ? "#1B1B1E" : "#F6F4F1"
+    readonly property color checkDark: dark ? "#151517" : "#E8E5DF"
     readonly property color scrim: dark ? "#99000000" : "#66121214"
     readonly property color cropScrim: "#B3000000"
     readonly property color shade: dark ? "#66000000" : "#1F2A2620"
@@ -55,8 +55,10 @@ QtObject {
     readonly property real cardRadius: 20
     readonly property real wellRadius: 16
     readonly property real smallRadius: 10
-    readonly property real barHeight: 52
-    readonly property real toolBarHeight: 76
+    readonly property real barHeight: Math.max(52, Math.ceil(sizeTitle * 1.5 + 4 * step))
+    readonly property real toolHeight: Math.ceil(46 + 2 * sizeTiny)
+    readonly property real toolWidth: 88
+    readonly property real lowWindow: 520 // tools stand beside the picture below this height
     readonly property real columnWidth: 480
     readonly property real alertWidth: 270
     readonly property real sheetWidth: 400
