@@ -123,6 +123,7 @@ void addRenderCommand(CLI::App& app, const GlobalOptions& options, Run& run) {
         ->type_name("X,Y,W,H");
     render->add_flag("--blur", job->blur, "Blur the background");
     render->add_flag("--glare", job->glare, "Draw the mockup's glare");
+    render->add_flag("--best", job->best, "The smallest file, written more slowly");
     render
         ->add_option("-o,--output", job->output,
                      "The picture to write; - is standard output; default: the pictures folder")

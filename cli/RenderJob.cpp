@@ -222,6 +222,7 @@ Result<std::string> deliver(World& world, const RenderJob& job, const Image& sav
 
 Result<RenderReport> renderMockup(World& world, const RenderJob& job) {
     const auto start = steady_clock::now();
+    world.platform().savedEffort = job.best ? PngEffort::best : PngEffort::fast;
     Application application(world.platform());
     const auto editor =
         std::dynamic_pointer_cast<EditingViewController>(application.storyboard().instantiate("editingViewController"));

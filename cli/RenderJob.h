@@ -19,6 +19,7 @@ struct RenderJob {
     std::optional<PixelRect> crop;         // of the background
     bool blur = false;
     bool glare = false;
+    bool best = false;                 // the smallest file, whatever time it takes
     std::optional<std::string> output; // a file, "-" for standard output; without one: the pictures folder
 };
 

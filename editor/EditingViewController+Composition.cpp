@@ -77,7 +77,11 @@ Image EditingViewController::composePicture() {
     }
     Image picture = contexts_.imageFromCurrent();
     contexts_.end();
-    return picture.pixelSize().isEmpty() ? Image() : picture;
+    if (picture.pixelSize().isEmpty())
+        return {};
+    if (platform().composed)
+        platform().composed(picture);
+    return picture;
 }
 
 /// Where the screens are placed: the root view, or in design mode a scroll view of their own on top of it.

@@ -49,7 +49,7 @@ void EditingViewController::save() {
 void EditingViewController::writeToPhotos(const Image& picture) {
     if (!picture)
         return;
-    auto document = encodePng(picture);
+    auto document = encodePng(picture, platform().savedEffort);
     if (!document) {
         noteProblem("the picture cannot be encoded: " + document.reason());
         return;

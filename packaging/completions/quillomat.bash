@@ -40,7 +40,7 @@ _quillomat() {
         local own=""
         case $command in
             "") own="--version" ;;
-            render) own="-s --screenshot -b --background --crop --blur --glare -o --output" ;;
+            render) own="-s --screenshot -b --background --crop --blur --glare --best -o --output" ;;
             import) own="--replace" ;;
             update) own="--check" ;;
             publish) own="--row" ;;

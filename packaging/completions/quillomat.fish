@@ -47,6 +47,7 @@ complete -c quillomat -n '__fish_seen_subcommand_from render' -s b -l background
 complete -c quillomat -n '__fish_seen_subcommand_from render' -l crop -x -d 'Part of the background: X,Y,W,H'
 complete -c quillomat -n '__fish_seen_subcommand_from render' -l blur -d 'Blur the background'
 complete -c quillomat -n '__fish_seen_subcommand_from render' -l glare -d "Draw the mockup's glare"
+complete -c quillomat -n '__fish_seen_subcommand_from render' -l best -d 'The smallest file'
 complete -c quillomat -n '__fish_seen_subcommand_from render' -s o -l output -r -F -d 'The picture to write'
 complete -c quillomat -n '__fish_seen_subcommand_from import' -F
 complete -c quillomat -n '__fish_seen_subcommand_from import' -l replace -d 'Replace stored files'

@@ -9,6 +9,7 @@
 #include "platform/foundation/WebClient.h"
 #include "platform/graphics/Image.h"
 #include "platform/graphics/ImageFile.h"
+#include "platform/graphics/PngWriter.h"
 
 #include <functional>
 #include <string>
@@ -71,6 +72,9 @@ struct Platform {
     Server server;
     std::string documentsDirectory; // without a trailing separator
     ImageLimits imageLimits;
+    PngEffort savedEffort = PngEffort::fast; // what saved pictures are written with
+    /// Told of each full-resolution picture while it is still what was recorded; may be empty.
+    std::function<void(const Image&)> composed = {};
 };
 
 } // namespace quillomat

@@ -49,6 +49,20 @@ TEST_F(RenderTest, aScreenshotBecomesAMockupOfTheCanvassSize) {
     EXPECT_EQ(pixelOf(out, 2, 2)[3], 0) << "and nothing beside the device";
 }
 
+TEST_F(RenderTest, theBestFileIsSmallerAndShowsTheSame) {
+    const std::string drawn = addPicture("drawn.png", 90, 195, [](int x, int y) {
+        return Rgba{static_cast<std::uint8_t>(x * y), static_cast<std::uint8_t>(y), 90, 255};
+    });
+    render({"upright", "-s", drawn});
+    const auto fast = imageFromFile(SystemFileManager(), out);
+    const std::size_t fastSize = testing::contentOfFile(out).size();
+    render({"upright", "-s", drawn, "--best"});
+    const auto best = imageFromFile(SystemFileManager(), out);
+    ASSERT_TRUE(fast && best);
+    EXPECT_EQ(*fast->bitmap(), *best->bitmap());
+    EXPECT_LT(testing::contentOfFile(out).size(), fastSize);
+}
+
 TEST_F(RenderTest, jsonNamesThePictureAndItsSize) {
     const Ran ran = run({"render", "upright", "-s", shot, "-o", out, "--json"});
     EXPECT_EQ(ran.status, 0);

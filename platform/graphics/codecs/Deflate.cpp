@@ -19,8 +19,7 @@ namespace {
 // Level 1 with a generous buffer of tokens: on pictures its output is as small as level 2's, and it is faster.
 constexpr unsigned fastLevel = 1;
 constexpr std::size_t fastTokens = ISAL_DEF_LVL1_EXTRA_LARGE;
-constexpr int carefulLevel = 9;
-constexpr int bestLevel = 10;
+constexpr std::array<int, 4> levels{0, 9, 10, 12}; // libdeflate's for each effort
 constexpr std::uint32_t adlerModulus = 65521;
 
 struct FreeCompressor {
@@ -112,7 +111,7 @@ PieceDeflater::PieceDeflater(DeflateEffort effort) : state_(std::make_unique<Sta
     if (effort == DeflateEffort::fast) {
         state_->tokens.resize(fastTokens);
     } else {
-        state_->compressor.reset(libdeflate_alloc_compressor(effort == DeflateEffort::best ? bestLevel : carefulLevel));
+        state_->compressor.reset(libdeflate_alloc_compressor(levels.at(static_cast<std::size_t>(effort))));
     }
 }
 

@@ -9,7 +9,8 @@
 
 namespace quillomat::codecs {
 
-enum class DeflateEffort { fast, careful, best };
+/// From ISA-L's fastest to libdeflate's utmost.
+enum class DeflateEffort { fast, careful, best, utmost };
 
 /// One for each thread: the state of either library is large and used again from piece to piece.
 class PieceDeflater {

@@ -7,6 +7,7 @@
 #include "platform/graphics/codecs/Deflate.h"
 #include "platform/graphics/codecs/PixelRows.h"
 #include "platform/graphics/codecs/RowFilters.h"
+#include "platform/graphics/codecs/SmallestPiece.h"
 
 #include <algorithm>
 #include <array>
@@ -15,6 +16,7 @@
 #include <map>
 #include <mutex>
 #include <new>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <system_error>
@@ -101,9 +103,15 @@ public:
         , rowStride_(rowBytes_ + 2 * rowPadding)
         , premultiplied_(static_cast<std::size_t>(source.size.width) * 4 * static_cast<std::size_t>(bandRows))
         , straight_(rowStride_ * static_cast<std::size_t>(bandRows + 1) + rowPadding)
-        , filtered_((rowBytes_ + 1) * static_cast<std::size_t>(bandRows) + rowPadding)
-        , trial_(rowBytes_ + rowPadding)
-        , deflater_(effort == PngEffort::best ? codecs::DeflateEffort::best : codecs::DeflateEffort::fast) {}
+        , trial_(rowBytes_ + rowPadding) {
+        if (effort == PngEffort::best) {
+            smallest_.emplace(rowBytes_, pixelBytes_, bandRows,
+                              /*isSmall=*/rowBytes_ * static_cast<std::size_t>(source.size.height) <= bestBandBytes);
+        } else {
+            filtered_.resize((rowBytes_ + 1) * static_cast<std::size_t>(bandRows) + rowPadding);
+            deflater_.emplace(codecs::DeflateEffort::fast);
+        }
+    }
 
     [[nodiscard]] bool make(int first, int count, Band& band) {
         const std::size_t width = static_cast<std::size_t>(source_.size.width);
@@ -118,7 +126,6 @@ public:
             // What a vector may have written behind the row is the zero before the next one.
             std::fill_n(row(y) + rowBytes_, rowPadding, std::uint8_t{0});
         }
-        effort_ == PngEffort::best ? filterEachRow(count) : filterBand(count);
         return deflate(first, count, band);
     }
 
@@ -166,18 +173,7 @@ private:
         }
     }
 
-    void filterEachRow(int count) {
-        write(RowFilter::sub, 0);
-        for (int y = 1; y < count; ++y) {
-            write(cheapest([&](RowFilter tried) { return costOf(tried, y); }), y);
-        }
-    }
-
     [[nodiscard]] bool deflate(int first, int count, Band& band) {
-        const auto filtered =
-            std::span<const std::uint8_t>(filtered_).first((rowBytes_ + 1) * static_cast<std::size_t>(count));
-        band.length = filtered.size();
-        band.adler = codecs::adler32(filtered);
         const std::size_t begin = beginChunk(band.chunk, "IDAT");
         if (first == 0) {
             // Deflate with a window of 32 KiB, and a word on how hard was tried.
@@ -185,9 +181,21 @@ private:
             band.chunk.push_back(effort_ == PngEffort::best ? std::byte{0xda} : std::byte{0x01});
         }
         const bool isLast = first + count == source_.size.height;
-        if (!deflater_.deflate(filtered, isLast, band.chunk)) {
-            return false;
+        std::span<const std::uint8_t> filtered;
+        if (smallest_) {
+            if (!smallest_->make(row(0), rowStride_, count, isLast, band.chunk)) {
+                return false;
+            }
+            filtered = smallest_->filtered();
+        } else {
+            filterBand(count);
+            filtered = std::span(filtered_).first((rowBytes_ + 1) * static_cast<std::size_t>(count));
+            if (!deflater_->deflate(filtered, isLast, band.chunk)) {
+                return false;
+            }
         }
+        band.length = filtered.size();
+        band.adler = codecs::adler32(filtered);
         endChunk(band.chunk, begin);
         return true;
     }
@@ -201,7 +209,8 @@ private:
     std::vector<std::uint8_t> straight_;
     std::vector<std::uint8_t> filtered_;
     std::vector<std::uint8_t> trial_;
-    codecs::PieceDeflater deflater_;
+    std::optional<codecs::PieceDeflater> deflater_;
+    std::optional<codecs::SmallestPiece> smallest_;
 };
 
 /// Hands out bands and joins what comes back.
