@@ -84,6 +84,11 @@ struct CurvedRow {
 /// Positions lie less than this from their origin.
 constexpr float farthestFromOrigin = 1 << 17;
 
+/// The sum of weights whose products with bytes are added up in 16 bits.
+constexpr int mixedWhole = 112;
+/// 65536 / mixedWhole: (sum + mixedWhole / 2) x this / 65536 is at most 0.06 below the sum's mean.
+constexpr int mixedInverse = 585;
+
 struct Kernels {
     const char* name;
 
@@ -102,6 +107,14 @@ struct Kernels {
     /// sum 16384. Colours that overshoot are cut to the alpha.
     void (*combineColumns)(const std::int16_t* row, const std::int32_t* first, const std::int16_t* weights, int taps,
                            int count, std::uint8_t* out);
+    /// The same two in bytes, with weights of the sum `mixedWhole` and sums that saturate at 16 bits, two neighbouring
+    /// weights' products first. Where no two neighbours' weights, and no line's positive ones, are over 1.14 times the
+    /// sum, nothing saturates that would not be cut at 255 anyway.
+    void (*mixRows)(const std::uint8_t* const* rows, const std::int8_t* weights, int taps, int count,
+                    std::uint8_t* out);
+    /// `taps` is 4 or a multiple of 8.
+    void (*mixColumns)(const std::uint8_t* row, const std::int32_t* first, const std::int8_t* weights, int taps,
+                       int count, std::uint8_t* out);
     /// Draws `count` pixels over `canvas`, each at its coverage.
     void (*compositeCovered)(std::uint8_t* canvas, const std::uint8_t* pixels, const std::uint8_t* coverage, int count);
     /// The same at one coverage.

@@ -59,6 +59,8 @@ struct SamplerScratch {
     std::vector<std::int16_t> combined;
     std::vector<const std::uint8_t*> rows;
     std::vector<std::int16_t> weights;
+    std::vector<std::uint8_t> mixed;
+    std::vector<std::int8_t> mixWeights;
     std::vector<std::int32_t> u;
     std::vector<std::int32_t> v;
     std::vector<FootprintBlocks> footprints; // of each sampler that has asked

@@ -136,6 +136,49 @@ void combineColumns(const std::int16_t* row, const std::int32_t* first, const st
     }
 }
 
+int saturated(int sum) {
+    return std::clamp(sum, -32768, 32767);
+}
+
+/// A sum of weights' products as a byte.
+std::uint8_t meanOf(int sum) {
+    return static_cast<std::uint8_t>(std::clamp((saturated(sum + mixedWhole / 2) * mixedInverse) >> 16, 0, 255));
+}
+
+void mixRows(const std::uint8_t* const* rows, const std::int8_t* weights, int taps, int count, std::uint8_t* out) {
+    for (int i = 0; i < count; ++i) {
+        int sum = 0;
+        for (int tap = 0; tap < taps; tap += 2) {
+            const int second = tap + 1 < taps ? rows[tap + 1][i] * weights[tap + 1] : 0;
+            sum = saturated(sum + saturated(rows[tap][i] * weights[tap] + second));
+        }
+        out[i] = meanOf(sum);
+    }
+}
+
+void mixColumns(const std::uint8_t* row, const std::int32_t* first, const std::int8_t* weights, int taps, int count,
+                std::uint8_t* out) {
+    for (int i = 0; i < count; ++i, weights += taps, out += 4) {
+        const std::uint8_t* pixels = row + static_cast<std::ptrdiff_t>(first[i]) * 4;
+        for (int channel = 0; channel < 4; ++channel) {
+            // Groups of four taps are summed in turn in two places, each for even and odd pairs, as wide registers do.
+            int sums[2][2] = {};
+            for (int tap = 0; tap < taps; tap += 2) {
+                int& sum = sums[tap / 4 % 2][tap / 2 % 2];
+                const int pair =
+                    pixels[tap * 4 + channel] * weights[tap] + pixels[tap * 4 + 4 + channel] * weights[tap + 1];
+                sum = saturated(sum + saturated(pair));
+            }
+            const int even = saturated(sums[0][0] + sums[1][0]);
+            const int odd = saturated(sums[0][1] + sums[1][1]);
+            out[channel] = meanOf(saturated(even + odd));
+        }
+        for (int channel = 0; channel < 3; ++channel) {
+            out[channel] = std::min(out[channel], out[3]);
+        }
+    }
+}
+
 /// pixels x coverage + canvas x (1 - alpha x coverage), with one rounding; colours above their alpha saturate.
 void compositePixel(std::uint8_t* canvas, const std::uint8_t* pixel, std::uint32_t coverage) {
     const std::uint32_t rest = 255 - dividedBy255(pixel[3] * coverage);
@@ -160,8 +203,8 @@ void compositeUniform(std::uint8_t* canvas, const std::uint8_t* pixels, std::uin
 } // namespace
 
 const Kernels& scalarKernels() {
-    static constexpr Kernels kernels{"scalar",    projectPositions, followCurve,      filterFootprint,
-                                     combineRows, combineColumns,   compositeCovered, compositeUniform};
+    static constexpr Kernels kernels{"scalar",       projectPositions, followCurve, filterFootprint,  combineRows,
+                                     combineColumns, mixRows,          mixColumns,  compositeCovered, compositeUniform};
     return kernels;
 }
 

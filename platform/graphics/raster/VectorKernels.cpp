@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <type_traits>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "platform/graphics/raster/VectorKernels.cpp"
@@ -498,6 +499,154 @@ void combineColumns(const std::int16_t* row, const std::int32_t* first, const st
                                    out + static_cast<std::ptrdiff_t>(i) * 4);
 }
 
+/// Of each two neighbouring bytes the saturated sum of their products with two signed weights.
+template <class D16, class V8> HWY_INLINE hn::Vec<D16> mixedPairs(D16 d16, V8 pixels, V8 weights) {
+#if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+    (void)d16;
+    if constexpr (hn::MaxLanes(D16()) == 16) {
+        return hn::Vec<D16>{_mm256_maddubs_epi16(pixels.raw, weights.raw)};
+    } else {
+        return hn::Vec<D16>{_mm_maddubs_epi16(pixels.raw, weights.raw)};
+    }
+#elif HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_SSSE3
+    (void)d16;
+    return hn::Vec<D16>{_mm_maddubs_epi16(pixels.raw, weights.raw)};
+#else
+    const hn::RebindToUnsigned<D16> u16;
+    const auto p = hn::BitCast(u16, pixels);
+    const auto w = hn::BitCast(d16, weights);
+    const auto even = hn::Mul(hn::BitCast(d16, hn::And(p, hn::Set(u16, std::uint16_t{0xFF}))),
+                              hn::ShiftRight<8>(hn::ShiftLeft<8>(w)));
+    const auto odd = hn::Mul(hn::BitCast(d16, hn::ShiftRight<8>(p)), hn::ShiftRight<8>(w));
+    return hn::SaturatedAdd(even, odd);
+#endif
+}
+
+/// Sums of weights' products as means, still in 16 bits.
+template <class D16> HWY_INLINE hn::Vec<D16> meansOf(D16 d16, hn::Vec<D16> sums) {
+    const auto raised = hn::SaturatedAdd(sums, hn::Set(d16, std::int16_t{mixedWhole / 2}));
+    return hn::MulHigh(raised, hn::Set(d16, std::int16_t{mixedInverse}));
+}
+
+/// Undoes an interleaving, which keeps to blocks of 16 bytes: the lower and the upper halves of blocks, cut to bytes.
+template <class D8, class V16> HWY_INLINE hn::Vec<D8> packedInBlocks(D8 d8, V16 lower, V16 upper) {
+#if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+    (void)d8;
+    return hn::Vec<D8>{_mm256_packus_epi16(lower.raw, upper.raw)};
+#else
+    const hn::Half<D8> dHalf;
+    return hn::Combine(d8, hn::DemoteTo(dHalf, upper), hn::DemoteTo(dHalf, lower));
+#endif
+}
+
+/// Two rows' bytes side by side.
+template <class D8, class D16>
+HWY_INLINE void addMixedRows(D8 d8, D16 d16, const std::uint8_t* a, const std::uint8_t* b, std::uint16_t weights,
+                             hn::Vec<D16>& low, hn::Vec<D16>& high) {
+    const auto above = hn::LoadU(d8, a);
+    const auto below = hn::LoadU(d8, b);
+    const auto pair = hn::BitCast(d8, hn::Set(hn::RebindToUnsigned<D16>(), weights));
+    low = hn::SaturatedAdd(low, mixedPairs(d16, hn::InterleaveLower(d8, above, below), pair));
+    high = hn::SaturatedAdd(high, mixedPairs(d16, hn::InterleaveUpper(d8, above, below), pair));
+}
+
+void mixRows(const std::uint8_t* const* rows, const std::int8_t* weights, int taps, int count, std::uint8_t* out) {
+    const RowBytes d8;
+    const RowShorts d16;
+    constexpr auto lanes = static_cast<int>(hn::MaxLanes(RowBytes()));
+    const std::uint8_t* ends[mostTaps * 4];
+    int i = 0;
+    for (; i + lanes <= count; i += lanes) {
+        auto low = hn::Zero(d16);
+        auto high = hn::Zero(d16);
+        for (int tap = 0; tap < taps; tap += 2) {
+            const bool isPaired = tap + 1 < taps;
+            const auto second = static_cast<std::uint8_t>(isPaired ? weights[tap + 1] : 0);
+            const auto both = static_cast<std::uint16_t>(static_cast<std::uint8_t>(weights[tap]) | second << 8);
+            addMixedRows(d8, d16, rows[tap] + i, rows[isPaired ? tap + 1 : tap] + i, both, low, high);
+        }
+        hn::StoreU(packedInBlocks(d8, meansOf(d16, low), meansOf(d16, high)), d8, out + i);
+    }
+    if (i < count) {
+        for (int tap = 0; tap < taps; ++tap) {
+            ends[tap] = rows[tap] + i;
+        }
+        scalarKernels().mixRows(ends, weights, taps, count - i, out + i);
+    }
+}
+
+/// The sums of one pixel, even and odd pairs apart: a group of four taps after the other, or two at once.
+template <class D8>
+HWY_INLINE hn::Vec<Shorts8> mixedPixel(D8 d8, const std::uint8_t* pixels, const std::int8_t* weights, int taps) {
+    const hn::Repartition<std::int16_t, D8> d16;
+    alignas(32) static constexpr std::uint8_t pairing[32] = {0, 4, 1, 5, 2, 6, 3, 7, 8, 12, 9, 13, 10, 14, 11, 15,
+                                                             0, 4, 1, 5, 2, 6, 3, 7, 8, 12, 9, 13, 10, 14, 11, 15};
+    alignas(32) static constexpr std::uint8_t spread[32] = {0, 1, 0, 1, 0, 1, 0, 1, 2, 3, 2, 3, 2, 3, 2, 3,
+                                                            4, 5, 4, 5, 4, 5, 4, 5, 6, 7, 6, 7, 6, 7, 6, 7};
+    constexpr int tapsAtOnce = static_cast<int>(hn::MaxLanes(D8())) / 4;
+    using Line = std::conditional_t<tapsAtOnce == 8, std::uint64_t, std::uint32_t>;
+    const auto group = [&](int tap) {
+        Line line = 0;
+        std::memcpy(&line, weights + tap, sizeof line);
+        const auto repeated = hn::BitCast(d8, hn::Set(hn::Repartition<Line, D8>(), line));
+        return mixedPairs(d16, hn::TableLookupBytes(hn::LoadU(d8, pixels + tap * 4), hn::Load(d8, pairing)),
+                          hn::TableLookupBytes(repeated, hn::Load(d8, spread)));
+    };
+    auto even = group(0);
+    if constexpr (tapsAtOnce == 8) {
+        for (int tap = 8; tap < taps; tap += 8) {
+            even = hn::SaturatedAdd(even, group(tap));
+        }
+        return foldedRows(d16, even);
+    } else {
+        if (taps == 4) {
+            return even;
+        }
+        auto odd = group(4);
+        for (int tap = 8; tap < taps; tap += 8) {
+            even = hn::SaturatedAdd(even, group(tap));
+            odd = hn::SaturatedAdd(odd, group(tap + 4));
+        }
+        return hn::SaturatedAdd(even, odd);
+    }
+}
+
+template <int kTaps>
+HWY_INLINE int mixColumnsOf(const std::uint8_t* row, const std::int32_t* first, const std::int8_t* weights, int taps,
+                            int count, std::uint8_t* out) {
+    const Bytes16 d8;
+    const Shorts8 d16;
+    alignas(16) static constexpr std::uint8_t alphas[16] = {3, 3, 3, 3, 7, 7, 7, 7, 11, 11, 11, 11, 15, 15, 15, 15};
+    using Group = std::conditional_t<kTaps == 4, Bytes16, RowBytes>;
+    const int known = kTaps > 0 ? kTaps : taps;
+    const auto two = [&](int i) {
+        const auto sums = [&](int k) {
+            return mixedPixel(Group(), row + static_cast<std::ptrdiff_t>(first[k]) * 4,
+                              weights + static_cast<std::ptrdiff_t>(k) * known, known);
+        };
+        const auto a = sums(i);
+        const auto b = sums(i + 1);
+        return meansOf(d16, hn::SaturatedAdd(hn::ConcatLowerLower(d16, b, a), hn::ConcatUpperUpper(d16, b, a)));
+    };
+    int i = 0;
+    for (; i + 4 <= count; i += 4) {
+        const hn::FixedTag<std::uint8_t, 8> dHalf;
+        const auto bytes = hn::Combine(d8, hn::DemoteTo(dHalf, two(i + 2)), hn::DemoteTo(dHalf, two(i)));
+        hn::StoreU(hn::Min(bytes, hn::TableLookupBytes(bytes, hn::Load(d8, alphas))), d8,
+                   out + static_cast<std::ptrdiff_t>(i) * 4);
+    }
+    return i;
+}
+
+void mixColumns(const std::uint8_t* row, const std::int32_t* first, const std::int8_t* weights, int taps, int count,
+                std::uint8_t* out) {
+    const int done = taps == 8   ? mixColumnsOf<8>(row, first, weights, taps, count, out)
+                     : taps == 4 ? mixColumnsOf<4>(row, first, weights, taps, count, out)
+                                 : mixColumnsOf<0>(row, first, weights, taps, count, out);
+    scalarKernels().mixColumns(row, first + done, weights + static_cast<std::ptrdiff_t>(done) * taps, taps,
+                               count - done, out + static_cast<std::ptrdiff_t>(done) * 4);
+}
+
 /// Four pixels, each byte widened; eight numbers at a time.
 struct Composite {
     const hn::FixedTag<std::uint16_t, 8> d16{};
@@ -583,8 +732,8 @@ void compositeCovered(std::uint8_t* canvas, const std::uint8_t* pixels, const st
 }
 
 const Kernels& kernelsOfTarget() {
-    static constexpr Kernels kernels{"vector",    projectPositions, followCurve,      filterFootprint,
-                                     combineRows, combineColumns,   compositeCovered, compositeUniform};
+    static constexpr Kernels kernels{"vector",       projectPositions, followCurve, filterFootprint,  combineRows,
+                                     combineColumns, mixRows,          mixColumns,  compositeCovered, compositeUniform};
     return kernels;
 }
 

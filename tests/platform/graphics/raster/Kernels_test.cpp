@@ -155,6 +155,57 @@ TEST_F(KernelsTwins, combineColumns) {
     }
 }
 
+TEST_F(KernelsTwins, mixRows) {
+    for (int count = 0; count < 150; ++count) {
+        const int taps = 1 + upTo(12);
+        std::vector<std::vector<std::uint8_t>> rows;
+        std::vector<const std::uint8_t*> pointers;
+        std::vector<std::int8_t> weights;
+        for (int tap = 0; tap < taps; ++tap) {
+            rows.push_back(randomBytes(static_cast<std::size_t>(count)));
+            weights.push_back(static_cast<std::int8_t>(count % 5 == 0 ? upTo(255) - 128 : upTo(60) - 20));
+        }
+        for (const auto& row : rows) {
+            pointers.push_back(row.data());
+        }
+        expectSameBytes(randomBytes(static_cast<std::size_t>(count)), static_cast<std::size_t>(count % 3),
+                        [&](const Kernels& kernels, std::uint8_t* out) {
+                            kernels.mixRows(pointers.data(), weights.data(), taps, count, out);
+                        });
+    }
+}
+
+TEST_F(KernelsTwins, mixColumns) {
+    for (int count = 0; count < 120; ++count) {
+        const int taps = count % 3 == 0 ? 4 : 8 + 8 * upTo(3);
+        const auto row = randomPixels(100);
+        std::vector<std::int32_t> first;
+        for (int i = 0; i < count; ++i) {
+            first.push_back(upTo(100 - taps));
+        }
+        std::vector<std::int8_t> weights;
+        for (int i = 0; i < count * taps; ++i) {
+            weights.push_back(static_cast<std::int8_t>(count % 5 == 0 ? upTo(255) - 128 : upTo(60) - 20));
+        }
+        expectSameBytes(randomBytes(static_cast<std::size_t>(count) * 4), static_cast<std::size_t>(count % 3),
+                        [&](const Kernels& kernels, std::uint8_t* out) {
+                            kernels.mixColumns(row.data(), first.data(), weights.data(), taps, count, out);
+                        });
+    }
+}
+
+TEST(Kernels, mixingOneRowOrColumnKeepsIt) {
+    std::vector<std::uint8_t> bytes(256);
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        bytes[i] = static_cast<std::uint8_t>(i);
+    }
+    const std::uint8_t* row = bytes.data();
+    const std::int8_t whole[1] = {mixedWhole};
+    std::vector<std::uint8_t> mixed(bytes.size());
+    bestKernels().mixRows(&row, whole, 1, 256, mixed.data());
+    EXPECT_EQ(mixed, bytes);
+}
+
 TEST_F(KernelsTwins, projectPositions) {
     constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
     std::uniform_real_distribution<double> unit(-1, 1);

@@ -1,0 +1,90 @@
+#include "platform/graphics/raster/StretchAxis.h"
+
+#include "platform/graphics/raster/Profiles.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace quillomat::raster {
+
+namespace {
+
+constexpr double widestStretch = 8;
+
+/// Rounds weights to integers of that sum; the largest takes the rounding's remainder.
+template <typename Weight> void quantiseLine(const std::vector<double>& weights, int whole, Weight* out) {
+    double sum = 0;
+    for (const double weight : weights) {
+        sum += weight;
+    }
+    int total = 0;
+    std::size_t largest = 0;
+    for (std::size_t i = 0; i < weights.size(); ++i) {
+        out[i] = static_cast<Weight>(std::lround(weights[i] / sum * whole));
+        total += out[i];
+        largest = out[i] > out[largest] ? i : largest;
+    }
+    out[largest] = static_cast<Weight>(out[largest] + whole - total);
+}
+
+} // namespace
+
+StretchAxis::StretchAxis(double origin, double scale, PictureFilter filter)
+    : origin_(origin), scale_(scale), filter_(filter) {
+    for (double width = 1 / std::abs(scale); width > widestStretch && level_ < 20; width /= 2) {
+        ++level_;
+    }
+}
+
+/// Samples per canvas pixel at the level.
+double StretchAxis::width() const {
+    const double full = std::min(1 / std::abs(scale_), 1e9);
+    const double f = factor();
+    if (filter_ == PictureFilter::smooth || level_ == 0) {
+        return full / f;
+    }
+    return std::sqrt(std::max(0.0, full * full + 3 - 3 * f * f)) / f;
+}
+
+double StretchAxis::reach() const {
+    return filter_ == PictureFilter::smooth ? 2 * std::max(1.0, width()) : width() / 2 + 1;
+}
+
+double StretchAxis::weight(double t) const {
+    return filter_ == PictureFilter::smooth ? keysCubic(t / std::max(1.0, width())) : boxTent(t, width());
+}
+
+template <typename Weight>
+AxisTable<Weight> StretchAxis::table(int from, int to, int samples, const TableForm& form) const {
+    const double spread = reach();
+    AxisTable<Weight> result;
+    result.start = from;
+    const int needed = std::min(samples, static_cast<int>(std::ceil(2 * spread)));
+    const int together = needed <= form.fewestTaps ? form.fewestTaps : form.tapsTogether;
+    result.taps = (needed + together - 1) / together * together;
+    const auto count = static_cast<std::size_t>(to - from);
+    result.first.resize(count);
+    result.weights.resize(count * static_cast<std::size_t>(result.taps));
+    std::vector<double> weights(static_cast<std::size_t>(result.taps));
+    for (int at = from; at < to; ++at) {
+        const double center = (at + 0.5 - origin_) / scale_ / factor() - 0.5;
+        const double bounded = std::clamp(center, -spread - 1, samples + spread + 1);
+        const int lowest = static_cast<int>(std::floor(bounded - spread)) + 1;
+        const int highest = static_cast<int>(std::ceil(bounded + spread)) - 1;
+        const int first = std::clamp(lowest, 0, std::max(0, samples - result.taps));
+        std::fill(weights.begin(), weights.end(), 0.0);
+        for (int sample = lowest; sample <= highest; ++sample) {
+            const int inside = std::clamp(std::clamp(sample, 0, samples - 1) - first, 0, result.taps - 1);
+            weights[static_cast<std::size_t>(inside)] += weight(sample - bounded);
+        }
+        result.first[result.index(at)] = first;
+        quantiseLine(weights, form.sum,
+                     result.weights.data() + result.index(at) * static_cast<std::size_t>(result.taps));
+    }
+    return result;
+}
+
+template AxisTable<std::int16_t> StretchAxis::table(int, int, int, const TableForm&) const;
+template AxisTable<std::int8_t> StretchAxis::table(int, int, int, const TableForm&) const;
+
+} // namespace quillomat::raster

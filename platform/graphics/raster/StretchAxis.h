@@ -1,0 +1,54 @@
+// One axis of a stretch along the axes: which samples each canvas column (or row) takes, and their weights.
+#pragma once
+
+#include "platform/graphics/Recording.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace quillomat::raster {
+
+/// For each canvas column (or row) the samples that it takes and their weights. Samples have `taps` neighbours within
+/// the picture; where it has fewer than that, the last weights are 0 and their pixels are made up.
+template <typename Weight> struct AxisTable {
+    int start = 0;
+    int taps = 1;
+    std::vector<std::int32_t> first;
+    std::vector<Weight> weights;
+
+    [[nodiscard]] std::size_t index(int at) const { return static_cast<std::size_t>(at - start); }
+    [[nodiscard]] const Weight* line(int at) const {
+        return weights.data() + index(at) * static_cast<std::size_t>(taps);
+    }
+};
+
+struct TableForm {
+    int sum = 0;          // of a line's weights
+    int fewestTaps = 1;   // where that many do,
+    int tapsTogether = 1; // else a multiple of this
+};
+
+/// How many times an axis is halved beforehand, and which filter follows.
+class StretchAxis {
+public:
+    /// Canvas position = origin + scale x picture position.
+    StretchAxis(double origin, double scale, PictureFilter filter);
+
+    [[nodiscard]] int level() const { return level_; }
+    /// For the canvas positions [from, to), over a picture of that many samples at the level.
+    template <typename Weight>
+    [[nodiscard]] AxisTable<Weight> table(int from, int to, int samples, const TableForm& form) const;
+
+private:
+    [[nodiscard]] double factor() const { return 1 << level_; }
+    [[nodiscard]] double width() const;
+    [[nodiscard]] double reach() const;
+    [[nodiscard]] double weight(double t) const;
+
+    double origin_ = 0;
+    double scale_ = 1;
+    PictureFilter filter_ = PictureFilter::area;
+    int level_ = 0;
+};
+
+} // namespace quillomat::raster
