@@ -59,6 +59,14 @@ Bitmap::Bitmap(PixelSize size)
     : size_(size.isEmpty() ? PixelSize{} : size)
     , memory_(size_.isEmpty() ? 0 : byteCount() + static_cast<std::size_t>(size_.height) + roomBehind) {}
 
+Bitmap partOf(const Bitmap& bitmap, const PixelRect& part) {
+    Bitmap cut({part.width, part.height});
+    for (int y = 0; y < cut.height(); ++y) {
+        std::memcpy(cut.row(y), bitmap.row(part.y + y) + static_cast<std::ptrdiff_t>(part.x) * 4, cut.stride());
+    }
+    return cut;
+}
+
 bool operator==(const Bitmap& a, const Bitmap& b) {
     return a.size_ == b.size_ && std::ranges::equal(a.bytes(), b.bytes());
 }

@@ -20,6 +20,16 @@ struct PixelSize {
     }
 };
 
+/// Whole pixels, from the picture's top-left corner.
+struct PixelRect {
+    int x = 0;
+    int y = 0;
+    int width = 0;
+    int height = 0;
+
+    friend constexpr bool operator==(const PixelRect&, const PixelRect&) = default;
+};
+
 /// Zeroed bytes. Large ones lie in large pages where the system has them: those are touched several times faster.
 class PixelMemory {
 public:
@@ -79,6 +89,9 @@ private:
     PixelSize size_;
     PixelMemory memory_;
 };
+
+/// The pixels of a part, which lies inside.
+[[nodiscard]] Bitmap partOf(const Bitmap& bitmap, const PixelRect& part);
 
 using SharedBitmap = std::shared_ptr<const Bitmap>;
 

@@ -5,8 +5,43 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <memory>
+#include <mutex>
 
 namespace quillomat {
+
+namespace {
+
+/// A part of a picture that is still encoded: no more of it is decoded into memory.
+class CroppedSource final : public ImageSource {
+public:
+    CroppedSource(std::shared_ptr<const ImageSource> whole, const PixelRect& part)
+        : whole_(std::move(whole)), part_(part) {}
+
+    [[nodiscard]] PixelSize pixelSize() const override { return {part_.width, part_.height}; }
+    [[nodiscard]] bool isKnownOpaque() const override { return whole_->isKnownOpaque(); }
+    [[nodiscard]] std::string failure() const override { return whole_->failure(); }
+    [[nodiscard]] std::uint64_t encodedLength() const override { return whole_->encodedLength(); }
+    [[nodiscard]] SharedBitmap bitmap() const override { return bitmapOfAtLeast(pixelSize()); }
+
+    [[nodiscard]] SharedBitmap bitmapOfAtLeast(PixelSize minimum) const override {
+        const std::scoped_lock lock(mutex_);
+        SharedBitmap pixels = pixels_.lock();
+        if (!pixels || pixels->width() < minimum.width || pixels->height() < minimum.height) {
+            pixels = whole_->partOfAtLeast(part_, minimum);
+            pixels_ = pixels;
+        }
+        return pixels;
+    }
+
+private:
+    std::shared_ptr<const ImageSource> whole_;
+    PixelRect part_;
+    mutable std::mutex mutex_;
+    mutable std::weak_ptr<const Bitmap> pixels_;
+};
+
+} // namespace
 
 PixelRect centredCrop(PixelSize picture, PixelSize shape) {
     const PixelRect whole{0, 0, picture.width, picture.height};
@@ -36,6 +71,9 @@ Image croppedImage(const Image& image, const PixelRect& rect) {
     }
     if (!liesInside(rect, size)) {
         return {};
+    }
+    if (image.source()->encodedLength() > 0) {
+        return Image(std::make_shared<const CroppedSource>(image.source(), rect));
     }
     BitmapContext canvas(Size{static_cast<double>(rect.width), static_cast<double>(rect.height)});
     canvas.drawImage(image, makeRect(-rect.x, -rect.y, size.width, size.height));

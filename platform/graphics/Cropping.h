@@ -5,16 +5,6 @@
 
 namespace quillomat {
 
-/// Whole pixels, from the picture's top-left corner.
-struct PixelRect {
-    int x = 0;
-    int y = 0;
-    int width = 0;
-    int height = 0;
-
-    friend constexpr bool operator==(const PixelRect&, const PixelRect&) = default;
-};
-
 /// The largest rectangle of the shape width : height about the picture's centre, at least one pixel on each side; the
 /// whole picture when the shape has no extent.
 [[nodiscard]] PixelRect centredCrop(PixelSize picture, PixelSize shape);
@@ -22,8 +12,8 @@ struct PixelRect {
 /// Whether the rectangle has an extent and lies inside the picture.
 [[nodiscard]] bool liesInside(const PixelRect& rect, PixelSize picture);
 
-/// The cut picture, pixel for pixel, decoded when it is first drawn; the picture itself for its whole rectangle, no
-/// picture for a rectangle that does not lie inside.
+/// The cut picture, pixel for pixel, decoded when it is drawn, and then no more of it than is kept; the picture itself
+/// for its whole rectangle, no picture for a rectangle that does not lie inside.
 [[nodiscard]] Image croppedImage(const Image& image, const PixelRect& rect);
 
 } // namespace quillomat

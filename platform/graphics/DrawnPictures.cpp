@@ -71,7 +71,7 @@ void decode(std::vector<Wanted>& pictures, int threads) {
         order.push_back(&picture);
     }
     std::stable_sort(order.begin(), order.end(), [](const Wanted* a, const Wanted* b) {
-        return a->source->documentKey().length > b->source->documentKey().length;
+        return a->source->encodedLength() > b->source->encodedLength();
     });
     std::atomic<std::size_t> next = 0;
     const auto work = [&] {
@@ -96,7 +96,7 @@ Recording withDecodedPictures(const Recording& recording, int threads) {
     std::vector<Wanted> pictures;
     std::map<const ImageSource*, std::size_t> places;
     for (const LayerDraw& draw : recording.draws()) {
-        if (!draw.picture || draw.picture.source()->documentKey().isEmpty()) {
+        if (!draw.picture || draw.picture.source()->encodedLength() == 0) {
             continue;
         }
         const PixelSize size = pixelsNeeded(draw);

@@ -34,6 +34,11 @@ private:
 
 } // namespace
 
+SharedBitmap ImageSource::partOfAtLeast(const PixelRect& part, PixelSize /*minimum*/) const {
+    const SharedBitmap whole = bitmap();
+    return whole ? std::make_shared<const Bitmap>(partOf(*whole, part)) : nullptr;
+}
+
 Image Image::fromBitmap(Bitmap bitmap, double scale) {
     return fromBitmap(std::make_shared<const Bitmap>(std::move(bitmap)), scale);
 }

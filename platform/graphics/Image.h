@@ -38,6 +38,8 @@ public:
     [[nodiscard]] virtual SharedBitmap bitmap() const = 0;
     /// The pixels, or a reduction that still has `minimum` on both sides, where that is cheaper to decode.
     [[nodiscard]] virtual SharedBitmap bitmapOfAtLeast(PixelSize /*minimum*/) const { return bitmap(); }
+    /// The pixels of a part, which lies inside; or a reduction of that very part with `minimum` on both sides.
+    [[nodiscard]] virtual SharedBitmap partOfAtLeast(const PixelRect& part, PixelSize minimum) const;
     /// The pixels in runs, for drawing them unscaled, where the format can be decoded so and they are not there as a
     /// bitmap already; null otherwise.
     [[nodiscard]] virtual std::shared_ptr<const SparsePicture> sparsePixels() const { return nullptr; }
@@ -45,6 +47,8 @@ public:
     [[nodiscard]] virtual std::string failure() const { return {}; }
     /// Which encoded document is behind it, known without reading it; empty for sources that are none.
     [[nodiscard]] virtual DocumentKey documentKey() const { return {}; }
+    /// How long the document is that has to be decoded for pixels; 0 where none has to be.
+    [[nodiscard]] virtual std::uint64_t encodedLength() const { return documentKey().length; }
     /// That document, read again where it lies in a file; null where there is none, or none any more.
     [[nodiscard]] virtual SharedDocument document() const { return nullptr; }
     /// The recording behind it, for sources that are one.

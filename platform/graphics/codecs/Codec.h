@@ -20,6 +20,9 @@ struct Codec {
     /// The whole picture where `minimum` is empty; otherwise a reduction at least that large on both sides, where the
     /// format can reduce while decoding.
     Result<Bitmap> (*decode)(ByteSpan bytes, PixelSize minimum, const ImageLimits& limits);
+    /// A part of the picture, as it stands upright, or a reduction of that very part; null where the format cannot.
+    Result<Bitmap> (*decodePart)(ByteSpan bytes, const PixelRect& part, PixelSize minimum,
+                                 const ImageLimits& limits) = nullptr;
     /// The whole picture in runs, where the format can decode so and this picture allows it; null for any reason not
     /// to.
     std::shared_ptr<const SparsePicture> (*decodeSparse)(ByteSpan bytes, const ImageLimits& limits) = nullptr;

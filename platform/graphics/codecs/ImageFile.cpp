@@ -1,5 +1,6 @@
 #include "platform/graphics/ImageFile.h"
 
+#include "platform/graphics/Cropping.h"
 #include "platform/graphics/codecs/Codec.h"
 #include "platform/graphics/codecs/Deflate.h"
 
@@ -36,6 +37,10 @@ Failure outOfMemory() {
     return {"not enough memory for the picture"};
 }
 
+Failure otherSize() {
+    return {"picture of another size than its header says"};
+}
+
 Result<Bitmap> decode(ByteSpan bytes, PixelSize minimum, const ImageLimits& limits) {
     const Codec* codec = codecFor(bytes);
     if (codec == nullptr) {
@@ -43,6 +48,22 @@ Result<Bitmap> decode(ByteSpan bytes, PixelSize minimum, const ImageLimits& limi
     }
     try {
         return codec->decode(bytes, minimum, limits);
+    } catch (const std::bad_alloc&) {
+        return outOfMemory();
+    }
+}
+
+Result<Bitmap> decodePart(ByteSpan bytes, const PixelRect& part, PixelSize minimum, const ImageLimits& limits) {
+    const Codec* codec = codecFor(bytes);
+    if (codec == nullptr || codec->decodePart == nullptr) {
+        const Result<Bitmap> whole = decode(bytes, {}, limits);
+        if (!whole) {
+            return whole;
+        }
+        return liesInside(part, whole->size()) ? Result<Bitmap>(partOf(*whole, part)) : otherSize();
+    }
+    try {
+        return codec->decodePart(bytes, part, minimum, limits);
     } catch (const std::bad_alloc&) {
         return outOfMemory();
     }
@@ -141,7 +162,26 @@ public:
         if (isDamaged_) {
             return nullptr;
         }
-        return decoded(wantsWhole ? PixelSize{} : PixelSize{std::max(minimum.width, 1), std::max(minimum.height, 1)});
+        auto decoded = pixels([&](ByteSpan bytes) {
+            Result<Bitmap> bitmap = decode(bytes, wantsWhole ? PixelSize{} : atLeastOne(minimum), limits_);
+            return wantsWhole && bitmap && bitmap->size() != size ? otherSize() : std::move(bitmap);
+        });
+        if (decoded) {
+            // Formats that cannot reduce while decoding give the whole picture.
+            (decoded->size() == size ? whole_ : reduced_) = decoded;
+        }
+        return decoded;
+    }
+
+    [[nodiscard]] SharedBitmap partOfAtLeast(const PixelRect& part, PixelSize minimum) const override {
+        const std::lock_guard lock(mutex_);
+        if (const SharedBitmap whole = whole_.lock()) {
+            return std::make_shared<const Bitmap>(partOf(*whole, part));
+        }
+        if (isDamaged_) {
+            return nullptr;
+        }
+        return pixels([&](ByteSpan bytes) { return decodePart(bytes, part, atLeastOne(minimum), limits_); });
     }
 
     /// What goes wrong here is for `bitmap` to report.
@@ -165,24 +205,21 @@ public:
     }
 
 private:
+    [[nodiscard]] static PixelSize atLeastOne(PixelSize size) {
+        return {std::max(size.width, 1), std::max(size.height, 1)};
+    }
+
     /// The same bytes fail again, so they are decoded but once; a file may come back.
-    [[nodiscard]] SharedBitmap decoded(PixelSize minimum) const {
+    template <typename Decode> [[nodiscard]] SharedBitmap pixels(const Decode& decodeBytes) const {
         const Result<SharedDocument> document = shelf_->take();
         if (!document) {
             failure_ = document.reason();
             return nullptr;
         }
-        Result<Bitmap> bitmap = decode(**document, minimum, limits_);
-        isDamaged_ = !bitmap || (minimum.isEmpty() && bitmap->size() != header_.size);
-        if (isDamaged_) {
-            failure_ = bitmap ? "picture of another size than its header says" : bitmap.reason();
-            return nullptr;
-        }
-        failure_.clear();
-        auto shared = std::make_shared<const Bitmap>(std::move(bitmap).value());
-        // Formats that cannot reduce while decoding give the whole picture.
-        (shared->size() == header_.size ? whole_ : reduced_) = shared;
-        return shared;
+        Result<Bitmap> bitmap = decodeBytes(**document);
+        isDamaged_ = !bitmap;
+        failure_ = bitmap.reason();
+        return bitmap ? std::make_shared<const Bitmap>(std::move(bitmap).value()) : nullptr;
     }
 
     std::unique_ptr<const Shelf> shelf_;

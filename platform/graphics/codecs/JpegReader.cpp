@@ -15,7 +15,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace quillomat::codecs {
 namespace {
@@ -121,14 +124,31 @@ bool startDecoding(Reader* reader) {
     return true;
 }
 
-bool readRows(Reader* reader, unsigned char* to, std::size_t stride) {
+/// Columns of rows that are kept.
+struct KeptPixels {
+    unsigned char* to = nullptr;
+    std::size_t stride = 0;
+    std::size_t skippedBytes = 0; // of each row
+    JDIMENSION top = 0;
+    JDIMENSION bottom = 0;
+};
+
+/// All rows are read, so that a damaged one is noticed whether it is kept or not. `row` has room for one.
+bool readRows(Reader* reader, unsigned char* row, const KeptPixels* kept) {
     if (setjmp(reader->errors.jump) != 0) { // NOLINT(cert-err52-cpp)
         return false;
     }
     jpeg_decompress_struct* info = &reader->info;
     while (info->output_scanline < info->output_height) {
-        JSAMPROW row = to + info->output_scanline * stride;
-        jpeg_read_scanlines(info, &row, 1);
+        const JDIMENSION y = info->output_scanline;
+        const bool isKept = y >= kept->top && y < kept->bottom;
+        unsigned char* to = isKept ? kept->to + (y - kept->top) * kept->stride : row;
+        const bool isCut = isKept && kept->stride < std::size_t{info->output_width} * 4;
+        JSAMPROW target = isCut ? row : to;
+        jpeg_read_scanlines(info, &target, 1);
+        if (isCut) {
+            std::memcpy(to, row + kept->skippedBytes, kept->stride);
+        }
     }
     jpeg_finish_decompress(info);
     return true;
@@ -220,15 +240,35 @@ PixelSize storedSize(const Reader& reader) {
     return {static_cast<int>(reader.info.image_width), static_cast<int>(reader.info.image_height)};
 }
 
+PixelRect wholeOf(PixelSize size) {
+    return {0, 0, size.width, size.height};
+}
+
+/// Where a stretch of one side comes to lie when the side is reduced by eighths; nothing where that would cut a pixel.
+std::optional<Columns> reducedBy(unsigned int eighths, int begin, int length, int side) {
+    const std::int64_t left = std::int64_t{begin} * eighths;
+    const std::int64_t right = (std::int64_t{begin} + length) * eighths;
+    if (left % 8 != 0 || (right % 8 != 0 && begin + length != side)) {
+        return std::nullopt;
+    }
+    return Columns{static_cast<int>(left / 8), static_cast<int>((right + 7) / 8)};
+}
+
+struct Reduction {
+    unsigned int eighths = 8;
+    PixelRect part;
+};
+
 /// The library reduces by eighths at no cost; the smallest that still has `minimum` is chosen.
-unsigned int eighthsFor(PixelSize stored, PixelSize minimum) {
-    for (unsigned int eighths = 1; eighths < 8; ++eighths) {
-        const auto reduced = [&](int side) { return (static_cast<std::int64_t>(side) * eighths + 7) / 8; };
-        if (reduced(stored.width) >= minimum.width && reduced(stored.height) >= minimum.height) {
-            return eighths;
+Reduction reductionFor(PixelSize stored, const PixelRect& part, PixelSize minimum) {
+    for (unsigned int eighths = minimum.isEmpty() ? 8 : 1; eighths < 8; ++eighths) {
+        const auto across = reducedBy(eighths, part.x, part.width, stored.width);
+        const auto down = reducedBy(eighths, part.y, part.height, stored.height);
+        if (across && down && across->length() >= minimum.width && down->length() >= minimum.height) {
+            return {eighths, {across->left, down->left, across->length(), down->length()}};
         }
     }
-    return 8;
+    return {8, part};
 }
 
 bool sniff(ByteSpan bytes) {
@@ -253,6 +293,28 @@ void convertColors(const Reader& reader, const ColorConversion& conversion, Bitm
     }
 }
 
+/// `part` and `minimum` are meant for the picture as it is stored.
+Result<Bitmap> decodeStored(Reader& reader, const PixelRect& part, PixelSize minimum) {
+    const ColorConversion conversion = conversionOf(reader);
+    const Reduction reduction = reductionFor(storedSize(reader), part, minimum);
+    reader.info.out_color_space = hasInks(reader) ? JCS_CMYK : JCS_EXT_RGBA;
+    reader.info.scale_num = reduction.eighths;
+    reader.info.scale_denom = 8;
+    if (!startDecoding(&reader)) {
+        return failureOf(reader);
+    }
+    Bitmap bitmap(PixelSize{reduction.part.width, reduction.part.height});
+    std::vector<unsigned char> row(std::size_t{reader.info.output_width} * 4);
+    const auto top = static_cast<JDIMENSION>(reduction.part.y);
+    const KeptPixels kept{bitmap.bytes().data(), bitmap.stride(), static_cast<std::size_t>(reduction.part.x) * 4, top,
+                          top + static_cast<JDIMENSION>(reduction.part.height)};
+    if (!readRows(&reader, row.data(), &kept)) {
+        return failureOf(reader);
+    }
+    convertColors(reader, conversion, bitmap);
+    return bitmap;
+}
+
 Result<Bitmap> decode(ByteSpan bytes, PixelSize minimum, const ImageLimits& limits) {
     Reader reader;
     if (const Status opened = open(reader, bytes, limits); !opened) {
@@ -260,25 +322,24 @@ Result<Bitmap> decode(ByteSpan bytes, PixelSize minimum, const ImageLimits& limi
     }
     // Asked for now: the library lets go of the markers when the last row has been read.
     const Orientation orientation = orientationOf(reader);
-    const ColorConversion conversion = conversionOf(reader);
-    reader.info.out_color_space = hasInks(reader) ? JCS_CMYK : JCS_EXT_RGBA;
-    if (!minimum.isEmpty()) {
-        reader.info.scale_num = eighthsFor(storedSize(reader), uprightSize(minimum, orientation));
-        reader.info.scale_denom = 8;
+    Result<Bitmap> stored = decodeStored(reader, wholeOf(storedSize(reader)), uprightSize(minimum, orientation));
+    return stored ? turnUpright(std::move(stored).value(), orientation) : std::move(stored);
+}
+
+Result<Bitmap> decodePart(ByteSpan bytes, const PixelRect& part, PixelSize minimum, const ImageLimits& limits) {
+    Reader reader;
+    if (const Status opened = open(reader, bytes, limits); !opened) {
+        return Failure{opened.reason()};
     }
-    if (!startDecoding(&reader)) {
-        return failureOf(reader);
+    if (orientationOf(reader) == Orientation::upright) {
+        return decodeStored(reader, part, minimum);
     }
-    Bitmap bitmap(PixelSize{static_cast<int>(reader.info.output_width), static_cast<int>(reader.info.output_height)});
-    if (!readRows(&reader, bitmap.bytes().data(), bitmap.stride())) {
-        return failureOf(reader);
-    }
-    convertColors(reader, conversion, bitmap);
-    return turnUpright(std::move(bitmap), orientation);
+    const Result<Bitmap> whole = decode(bytes, {}, limits);
+    return whole ? Result<Bitmap>(partOf(*whole, part)) : whole;
 }
 
 } // namespace
 
-const Codec jpegCodec{ImageFormat::jpeg, "JPEG", sniff, readHeader, decode};
+const Codec jpegCodec{ImageFormat::jpeg, "JPEG", sniff, readHeader, decode, decodePart};
 
 } // namespace quillomat::codecs

@@ -237,6 +237,6 @@ Result<Bitmap> decodePngByLibpng(ByteSpan bytes, const ImageLimits& limits) {
     return decodeWith(bytes, limits, /*libpngAlone=*/true);
 }
 
-const Codec pngCodec{ImageFormat::png, "PNG", sniff, readHeader, decode, decodeSparse};
+const Codec pngCodec{ImageFormat::png, "PNG", sniff, readHeader, decode, nullptr, decodeSparse};
 
 } // namespace quillomat::codecs

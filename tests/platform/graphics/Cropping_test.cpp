@@ -1,5 +1,7 @@
 #include "platform/graphics/Cropping.h"
 
+#include "codecs/TestPictures.h"
+
 #include <gtest/gtest.h>
 
 namespace quillomat {
@@ -44,6 +46,70 @@ TEST(CroppingTest, cutPictureHoldsTheVeryPixels) {
     ASSERT_NE(pixels, nullptr);
     for (int y = 0; y < 2; ++y) {
         EXPECT_TRUE(std::equal(pixels->row(y), pixels->row(y) + 8, bitmap.row(y + 1) + 4)) << "row " << y;
+    }
+}
+
+/// 1600 x 1200, upright.
+Image photograph() {
+    return imageFromBytes(
+               testing::readWhole(std::filesystem::path(QUILLOMAT_SOURCE_DIR) / "resources/samples/background.jpg"))
+        .value();
+}
+
+TEST(CroppingTest, cutOfAnEncodedPictureHoldsTheVeryPixels) {
+    for (const char* name : {"quarters.jpg", "quarters.webp", "quarters.avif"}) {
+        const Image image = imageFromBytes(testing::fixture(name)).value();
+        const PixelRect part{7, 5, image.pixelSize().width - 20, image.pixelSize().height - 9};
+        const Image cut = croppedImage(image, part);
+        EXPECT_EQ(cut.pixelSize(), (PixelSize{part.width, part.height}));
+        const SharedBitmap pixels = cut.bitmap();
+        ASSERT_TRUE(pixels) << name;
+        EXPECT_EQ(*pixels, partOf(*image.bitmap(), part)) << name;
+        EXPECT_EQ(cut.bitmap(), pixels) << "decoded once while it is held";
+        EXPECT_EQ(cut.source()->isKnownOpaque(), image.source()->isKnownOpaque());
+    }
+}
+
+TEST(CroppingTest, cutOfAHeldPictureIsTakenFromIt) {
+    const Image image = photograph();
+    const SharedBitmap whole = image.bitmap();
+    EXPECT_EQ(*croppedImage(image, {100, 200, 300, 400}).bitmap(), partOf(*whole, {100, 200, 300, 400}));
+}
+
+TEST(CroppingTest, cutIsReducedWhileItIsDecodedWhereThatCutsNoPixel) {
+    const Image image = photograph();
+    const PixelSize whole = image.pixelSize();
+    const Image cut = croppedImage(image, {200, 0, whole.height, whole.height});
+    const SharedBitmap half = cut.source()->bitmapOfAtLeast({whole.height / 2, whole.height / 2});
+    ASSERT_TRUE(half);
+    EXPECT_EQ(half->size(), (PixelSize{whole.height / 2, whole.height / 2}));
+    const Bitmap expected = partOf(*image.source()->bitmapOfAtLeast({whole.width / 2, whole.height / 2}),
+                                   {100, 0, half->width(), half->height()});
+    EXPECT_EQ(*half, expected);
+    // Column 201 lies between pixels of any reduction.
+    const Image odd = croppedImage(image, {201, 0, whole.height, whole.height});
+    EXPECT_EQ(odd.source()->bitmapOfAtLeast({10, 10})->size(), odd.pixelSize());
+}
+
+TEST(CroppingTest, damagedPictureIsRefusedWhereverItIsCut) {
+    const Image image = imageFromBytes(testing::fixture("truncated-in-the-scan.jpg")).value();
+    const Image cut = croppedImage(image, {0, 0, 8, 1});
+    EXPECT_EQ(cut.bitmap(), nullptr);
+    EXPECT_EQ(cut.source()->failure(), "truncated JPEG");
+}
+
+TEST(CroppingTest, turnedPhotographIsCutAsItStandsUpright) {
+    const std::filesystem::path folder = testing::corpora() / "exif-orientation";
+    if (!std::filesystem::exists(folder)) {
+        GTEST_SKIP() << "no pictures of every orientation";
+    }
+    for (int orientation = 1; orientation <= 8; ++orientation) {
+        const Image image =
+            imageFromBytes(testing::readWhole(folder / ("Landscape_" + std::to_string(orientation) + ".jpg"))).value();
+        const PixelRect part{40, 80, 300, 200};
+        const SharedBitmap pixels = croppedImage(image, part).bitmap();
+        ASSERT_TRUE(pixels);
+        EXPECT_EQ(*pixels, partOf(*image.bitmap(), part)) << orientation;
     }
 }
 

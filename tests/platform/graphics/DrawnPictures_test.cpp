@@ -1,6 +1,7 @@
 #include "platform/graphics/DrawnPictures.h"
 
 #include "codecs/TestPictures.h"
+#include "platform/graphics/Cropping.h"
 #include "platform/graphics/PngWriter.h"
 #include "platform/graphics/Rasterizer.h"
 
@@ -71,6 +72,14 @@ TEST(DrawnPictures, largestOfSeveralDrawsDecides) {
     const Recording decoded = withDecodedPictures(recording);
     EXPECT_EQ(decoded.draws()[0].picture.bitmap(), decoded.draws()[1].picture.bitmap());
     EXPECT_EQ(decoded.draws()[0].picture.bitmap()->width(), (whole.width + 1) / 2);
+}
+
+TEST(DrawnPictures, cutPhotographIsReducedToo) {
+    const Image image = picture(photograph());
+    const int side = image.pixelSize().height;
+    const Image cut = croppedImage(image, centredCrop(image.pixelSize(), {1, 1}));
+    ASSERT_EQ(cut.pixelSize(), (PixelSize{side, side}));
+    EXPECT_EQ(decodedSize(drawOver(cut, {{0, 0}, {side / 4.0, side / 4.0}})), (PixelSize{side / 2, side / 2}));
 }
 
 Image overlayPicture() {
