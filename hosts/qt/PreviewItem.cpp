@@ -1,11 +1,5 @@
 #include "hosts/qt/PreviewItem.h"
 
-#include "editor/EditingViewController.h"
-#include "hosts/qt/Pictures.h"
-#include "platform/graphics/BitmapContext.h"
-#include "platform/graphics/Rasterizer.h"
-#include "platform/views/Drawing.h"
-
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QMetaObject>
@@ -14,6 +8,7 @@
 #include <QSGSimpleTextureNode>
 #include <QThreadPool>
 
+#include <algorithm>
 #include <cmath>
 
 namespace quillomat {
@@ -22,25 +17,24 @@ namespace {
 
 constexpr double longestSide = 4096; // pixels; a larger item shows an enlarged picture
 
-struct Drawn {
-    QImage picture;
-    std::vector<SharedBitmap> decoded;
-    qreal milliseconds = 0;
-};
+/// One strip of the picture, and the image that its texture was made of.
+class StripNode final : public QSGSimpleTextureNode {
+public:
+    StripNode() {
+        setOwnsTexture(true);
+        setFiltering(QSGTexture::Linear);
+    }
 
-Drawn draw(const Recording& recording) {
-    QElapsedTimer clock;
-    clock.start();
-    Drawn drawn;
-    for (const LayerDraw& layer : recording.draws()) {
-        if (layer.picture) {
-            drawn.decoded.push_back(layer.picture.bitmap());
+    void show(const QImage& image, QQuickWindow& window) {
+        if (shown_ != image.cacheKey()) {
+            setTexture(window.createTextureFromImage(image, QQuickWindow::TextureHasAlphaChannel));
+            shown_ = image.cacheKey();
         }
     }
-    drawn.picture = toQImage(rasterize(recording));
-    drawn.milliseconds = static_cast<qreal>(clock.nsecsElapsed()) / 1e6;
-    return drawn;
-}
+
+private:
+    qint64 shown_ = 0;
+};
 
 } // namespace
 
@@ -85,21 +79,6 @@ qreal PreviewItem::pixelRatio() const {
     return longest > longestSide ? ratio * longestSide / longest : ratio;
 }
 
-/// The viewport over whole device pixels.
-Recording PreviewItem::record() const {
-    const QRectF viewport = screen_->viewport();
-    const qreal ratio = pixelRatio();
-    const double scaleX = std::round(width() * ratio) / viewport.width();
-    const double scaleY = std::round(height() * ratio) / viewport.height();
-    BitmapContext context(Size{std::round(width() * ratio), std::round(height() * ratio)});
-    const auto& root = screen_->editor()->view();
-    const Size whole = root->bounds().size;
-    drawViewHierarchy(
-        *root, makeRect(-viewport.x() * scaleX, -viewport.y() * scaleY, whole.width * scaleX, whole.height * scaleY),
-        context);
-    return context.recording();
-}
-
 void PreviewItem::redraw() {
     isOutdated_ = true;
     if (!isWorking_) {
@@ -113,49 +92,62 @@ void PreviewItem::start() {
     }
     isOutdated_ = false;
     isWorking_ = true;
-    QThreadPool::globalInstance()->start([self = QPointer<PreviewItem>(this), recording = record()] {
-        Drawn drawn = draw(recording);
-        QMetaObject::invokeMethod(
-            qApp,
-            [self, drawn = std::move(drawn)]() mutable {
-                if (!self) {
-                    return;
-                }
-                const bool isFirst = self->picture_.isNull();
-                self->picture_ = std::move(drawn.picture);
-                self->decoded_ = std::move(drawn.decoded);
-                self->isPictureNew_ = true;
-                self->isWorking_ = false;
-                self->update();
-                emit self->drawn(drawn.milliseconds);
-                if (isFirst) {
-                    emit self->isDrawnChanged();
-                }
-                if (self->isOutdated_) {
-                    self->start();
-                }
-            },
-            Qt::QueuedConnection);
-    });
+    const qreal ratio = pixelRatio();
+    const QSize pixels(qRound(width() * ratio), qRound(height() * ratio));
+    QThreadPool::globalInstance()->start(
+        [self = QPointer<PreviewItem>(this), painter = painter_, recording = recordViewport(*screen_, pixels)] {
+            QElapsedTimer clock;
+            clock.start();
+            PaintedPicture picture = painter->paint(recording);
+            const qreal milliseconds = static_cast<qreal>(clock.nsecsElapsed()) / 1e6;
+            QMetaObject::invokeMethod(
+                qApp,
+                [self, picture = std::move(picture), milliseconds]() mutable {
+                    if (self) {
+                        self->show(std::move(picture), milliseconds);
+                    }
+                },
+                Qt::QueuedConnection);
+        });
+}
+
+void PreviewItem::show(PaintedPicture picture, qreal milliseconds) {
+    const bool isFirst = picture_.isNull();
+    picture_ = std::move(picture);
+    isWorking_ = false;
+    update();
+    emit drawn(milliseconds);
+    if (isFirst) {
+        emit isDrawnChanged();
+    }
+    if (isOutdated_) {
+        start();
+    }
 }
 
 QSGNode* PreviewItem::updatePaintNode(QSGNode* former, UpdatePaintNodeData* /*data*/) {
-    auto* node = static_cast<QSGSimpleTextureNode*>(former);
     if (picture_.isNull()) {
-        delete node;
+        delete former;
         return nullptr;
     }
-    if (node == nullptr) {
-        node = new QSGSimpleTextureNode;
-        node->setOwnsTexture(true);
-        isPictureNew_ = true;
+    QSGNode* node = former != nullptr ? former : new QSGNode;
+    const auto count = static_cast<int>(picture_.strips.size());
+    while (node->childCount() > count) {
+        delete node->lastChild();
     }
-    if (isPictureNew_) {
-        node->setTexture(window()->createTextureFromImage(picture_, QQuickWindow::TextureHasAlphaChannel));
-        node->setFiltering(QSGTexture::Linear);
-        isPictureNew_ = false;
+    const qreal across = width() / picture_.size.width();
+    const qreal down = height() / picture_.size.height();
+    auto* next = static_cast<StripNode*>(node->firstChild());
+    for (std::size_t i = 0; i < picture_.strips.size(); ++i) {
+        const QRect place = picture_.place(i);
+        StripNode* strip = next != nullptr ? next : new StripNode;
+        strip->show(picture_.strips[i], *window());
+        strip->setRect(QRectF(place.x() * across, place.y() * down, place.width() * across, place.height() * down));
+        if (next == nullptr) {
+            node->appendChildNode(strip); // with its texture, which is looked at as soon as it is there
+        }
+        next = static_cast<StripNode*>(strip->nextSibling());
     }
-    node->setRect(boundingRect());
     return node;
 }
 

@@ -2,14 +2,12 @@
 #pragma once
 
 #include "hosts/qt/EditorScreen.h"
-#include "platform/graphics/Recording.h"
+#include "hosts/qt/PreviewPainter.h"
 
-#include <QImage>
 #include <QPointer>
 #include <QQuickItem>
 
 #include <memory>
-#include <vector>
 
 namespace quillomat {
 
@@ -45,16 +43,15 @@ protected:
 private:
     void redraw();
     void start();
-    [[nodiscard]] Recording record() const;
+    void show(PaintedPicture picture, qreal milliseconds);
     [[nodiscard]] qreal pixelRatio() const;
     [[nodiscard]] Point toRoot(QPointF position) const;
 
     QPointer<EditorScreen> screen_;
-    QImage picture_;
-    bool isPictureNew_ = false;
+    std::shared_ptr<PreviewPainter> painter_ = std::make_shared<PreviewPainter>(); // the worker's, while there is one
+    PaintedPicture picture_;
     bool isWorking_ = false;
     bool isOutdated_ = false;
-    std::vector<SharedBitmap> decoded_; // of the latest picture, so that the next need not decode them again
     std::shared_ptr<View> grabbed_;
     QPointF last_;
 };
