@@ -1,5 +1,7 @@
 // The window program: reads the options that all programs share, and opens the window.
 #include "hosts/qt/WindowApplication.h"
+#include "platform/foundation/FileManager.h"
+#include "platform/foundation/Trace.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -12,6 +14,8 @@
 #include <cstdint>
 #include <cstdio>
 #include <optional>
+#include <span>
+#include <string>
 
 namespace {
 
@@ -60,6 +64,7 @@ void addOptions(QCommandLineParser& parser) {
     add({"cacert"}, "Trust this certificate authority as well.", "FILE");
     add({"screen-scale"}, "The main screen's scale for intermediate pictures.", "N");
     add({"memory"}, "The ceiling for one render.", "SIZE");
+    add({"trace"}, "Write the stages of the work and their times to this file.", "FILE");
     add({"json"}, "Taken for the command's sake; the window has no results to print.");
     add({"h", "help"}, "Print this.");
     add({"version"}, "Print the version.");
@@ -104,6 +109,15 @@ std::optional<QString> readOptions(const QCommandLineParser& parser, WindowOptio
     return std::nullopt;
 }
 
+bool writeTrace(const std::string& path) {
+    const std::string document = trace::stop();
+    const Status written = SystemFileManager().write(path, std::as_bytes(std::span(document)));
+    if (!written) {
+        complain(QString::fromStdString(path + ": " + written.reason()));
+    }
+    return static_cast<bool>(written);
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -135,6 +149,10 @@ int main(int argc, char** argv) {
         return complain(*trouble);
     }
 
+    const std::string tracePath = parser.value(QStringLiteral("trace")).toStdString();
+    if (!tracePath.empty()) {
+        quillomat::trace::start();
+    }
     QGuiApplication application(argc, argv);
     QGuiApplication::setApplicationName(QStringLiteral("quillomat"));
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Quillomat"));
@@ -156,5 +174,6 @@ int main(int argc, char** argv) {
         complain(QString::fromStdString(shown.reason()));
         return 1;
     }
-    return QGuiApplication::exec();
+    const int status = QGuiApplication::exec();
+    return tracePath.empty() || writeTrace(tracePath) ? status : 1;
 }

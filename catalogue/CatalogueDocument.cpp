@@ -1,6 +1,7 @@
 #include "catalogue/CatalogueDocument.h"
 
 #include "platform/foundation/Conversions.h"
+#include "platform/foundation/Trace.h"
 #include "platform/views/Platform.h"
 
 #include <algorithm>
@@ -51,6 +52,7 @@ const std::string& CatalogueDocument::mainDirectory() const {
 }
 
 Value CatalogueDocument::JSONFromFile() const {
+    const trace::Span span("load catalogue");
     if (const auto stored = pathOfDocument("main.json")) {
         return readJson(platform_.files, *stored);
     }

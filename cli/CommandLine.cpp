@@ -2,6 +2,8 @@
 
 #include "cli/Commands.h"
 #include "cli/Names.h"
+#include "cli/StandardStreams.h"
+#include "platform/foundation/Trace.h"
 
 #include <CLI/CLI.hpp>
 
@@ -14,6 +16,7 @@
 #include <limits>
 #include <memory>
 #include <new>
+#include <span>
 #include <string_view>
 
 namespace quillomat {
@@ -93,6 +96,8 @@ void addGlobalOptions(CLI::App& app, GlobalOptions& options) {
     addReadOption(app, "--memory", "The ceiling for one render, such as 512MiB; default 1GiB",
                   [&options](const std::string& text) { return readSize(text, options.memory); })
         ->type_name("SIZE");
+    app.add_option("--trace", options.trace, "Write the stages of the work and their times to this file")
+        ->type_name("FILE");
     app.add_flag("--json", options.json, "Machine-readable results on standard output");
     app.add_flag("-v,--verbose", options.verbose, "The application's log lines on standard error");
 }
@@ -236,6 +241,24 @@ ExitStatus runCommand(const std::string& name, const Run& run) {
     }
 }
 
+/// The command with its stages recorded. A trace that cannot be written is a failure of a command that worked.
+ExitStatus runTraced(const std::string& name, const Run& run, const std::string& path) {
+    trace::start();
+    ExitStatus status = ExitStatus::failed;
+    {
+        const trace::Span span("command");
+        status = runCommand(name, run);
+    }
+    const std::string document = trace::stop();
+    SystemFileManager files;
+    const Status written = writeOutputFile(files, path, std::as_bytes(std::span(document)));
+    if (written) {
+        return status;
+    }
+    const ExitStatus failed = fail(path, written.reason());
+    return status == ExitStatus::done ? failed : status;
+}
+
 } // namespace
 
 int runCommandLine(int argc, char** argv) {
@@ -262,7 +285,11 @@ int runCommandLine(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return static_cast<int>(complainOf(app, error));
     }
-    return static_cast<int>(runCommand(chosenCommand(app), run));
+    if (options.trace == "-") {
+        return static_cast<int>(failUsage("--trace", "expected a file"));
+    }
+    return static_cast<int>(options.trace.empty() ? runCommand(chosenCommand(app), run)
+                                                  : runTraced(chosenCommand(app), run, options.trace));
 }
 
 } // namespace quillomat

@@ -14,7 +14,6 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
-#include <filesystem>
 
 namespace quillomat {
 
@@ -186,21 +185,6 @@ Status checkDecoded(const EditingViewController& editor, const RenderJob& job, c
     return {};
 }
 
-/// A file is replaced whole, behind a link as well; a pipe or a device takes the picture and stays what it is.
-Status writeOutput(World& world, const std::string& path, std::span<const std::byte> png) {
-    namespace fs = std::filesystem;
-    std::error_code error;
-    const auto kind = fs::status(path, error).type();
-    if (kind == fs::file_type::directory) {
-        return Failure{"is a directory"};
-    }
-    if (kind != fs::file_type::regular && kind != fs::file_type::not_found && kind != fs::file_type::none) {
-        return writeInto(path, png);
-    }
-    const auto target = fs::is_symlink(fs::symlink_status(path, error)) ? fs::canonical(path, error) : fs::path(path);
-    return world.files().write(error ? path : target.string(), png);
-}
-
 Result<std::string> deliver(World& world, const RenderJob& job, const Image& saved) {
     if (!job.output) {
         FolderPhotoLibrary library(picturesDirectory(processEnvironment()), world.files());
@@ -211,7 +195,8 @@ Result<std::string> deliver(World& world, const RenderJob& job, const Image& sav
     if (!png) {
         return Failure{*job.output + ": " + png.reason()};
     }
-    const Status written = *job.output == "-" ? writeStandardOutput(*png) : writeOutput(world, *job.output, *png);
+    const Status written =
+        *job.output == "-" ? writeStandardOutput(*png) : writeOutputFile(world.files(), *job.output, *png);
     if (!written) {
         return Failure{(*job.output == "-" ? std::string("standard output") : *job.output) + ": " + written.reason()};
     }

@@ -5,6 +5,7 @@
 #include <array>
 #include <cerrno>
 #include <fcntl.h>
+#include <filesystem>
 #include <unistd.h>
 
 namespace quillomat {
@@ -50,6 +51,20 @@ Status writeAll(int stream, std::span<const std::byte> bytes) {
 
 Status writeStandardOutput(std::span<const std::byte> bytes) {
     return writeAll(STDOUT_FILENO, bytes);
+}
+
+Status writeOutputFile(FileManager& files, const std::string& path, std::span<const std::byte> bytes) {
+    namespace fs = std::filesystem;
+    std::error_code error;
+    const auto kind = fs::status(path, error).type();
+    if (kind == fs::file_type::directory) {
+        return Failure{"is a directory"};
+    }
+    if (kind != fs::file_type::regular && kind != fs::file_type::not_found && kind != fs::file_type::none) {
+        return writeInto(path, bytes);
+    }
+    const auto target = fs::is_symlink(fs::symlink_status(path, error)) ? fs::canonical(path, error) : fs::path(path);
+    return files.write(error ? path : target.string(), bytes);
 }
 
 Status writeInto(const std::string& path, std::span<const std::byte> bytes) {

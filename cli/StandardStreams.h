@@ -14,6 +14,8 @@ namespace quillomat {
 [[nodiscard]] Result<Bytes> readStandardInput(std::uint64_t limit);
 /// Fails when the reader went away or the disk is full.
 [[nodiscard]] Status writeStandardOutput(std::span<const std::byte> bytes);
+/// A file is replaced whole, behind a link as well; a pipe or a device takes the bytes and stays what it is.
+[[nodiscard]] Status writeOutputFile(FileManager& files, const std::string& path, std::span<const std::byte> bytes);
 /// Writes into a pipe or a device that is there already.
 [[nodiscard]] Status writeInto(const std::string& path, std::span<const std::byte> bytes);
 

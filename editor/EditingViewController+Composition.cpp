@@ -1,6 +1,8 @@
 // Composes the mockup once more at full resolution: background, screen 1, screen 2, frame and glare, bottom to top.
 #include "editor/EditingViewController.h"
 
+#include "platform/foundation/Trace.h"
+#include "platform/graphics/PngWriter.h"
 #include "platform/graphics/Recording.h"
 #include "platform/views/Drawing.h"
 #include "platform/views/Platform.h"
@@ -34,8 +36,17 @@ bool isStrictlyConvex(const Quad& quad) {
 
 } // namespace
 
+/// What waits is encoded now: the pixels of this moment, whatever becomes of the files and pictures they came from, and
+/// none of those kept for its sake.
 void EditingViewController::generateImage() {
-    const Image picture = composePicture();
+    Image picture = composePicture();
+    if (picture) {
+        const auto document = asPngDocument(picture, platform().savedEffort);
+        if (document)
+            picture = *document;
+        else
+            noteProblem(document.reason());
+    }
     if (state_.previewComposite)
         addPreviewOfComposite(picture);
     state_.pendingImage = picture;
@@ -45,6 +56,7 @@ void EditingViewController::generateImage() {
 /// The road of every full-resolution picture, whether it is kept for later or written at once. No picture where the
 /// canvas cannot be.
 Image EditingViewController::composePicture() {
+    const trace::Span span("record composition");
     report_ = {};
     const MockupDefinition current = definition();
     const Size canvasSize = current.canvasSize();

@@ -15,9 +15,9 @@ _quillomat() {
     local cur prev words cword
     _init_completion -n = || return
 
-    local global="--documents --resources --server --cacert --screen-scale --memory --json -v --verbose --help"
+    local global="--documents --resources --server --cacert --screen-scale --memory --trace --json -v --verbose --help"
     local commands="list show render import delete update publish"
-    local command="" i takes="--documents --resources --server --cacert --screen-scale --memory \
+    local command="" i takes="--documents --resources --server --cacert --screen-scale --memory --trace \
         -s --screenshot -b --background --crop -o --output --row"
     local place=0
     for ((i = 1; i < cword; i++)); do
@@ -30,7 +30,7 @@ _quillomat() {
 
     case $prev in
         --documents | --resources) _filedir -d; return ;;
-        --cacert) _filedir; return ;;
+        --cacert | --trace) _filedir; return ;;
         --server | --screen-scale | --memory | --crop | --row) return ;;
         -s | --screenshot | -b | --background) _filedir '@(png|jpg|jpeg|webp|heic|heif|avif)'; return ;;
         -o | --output) _filedir png; return ;;

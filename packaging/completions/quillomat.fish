@@ -37,6 +37,7 @@ complete -c quillomat -l server -x -d "The maker's web server"
 complete -c quillomat -l cacert -r -F -d 'Trust this authority as well'
 complete -c quillomat -l screen-scale -x -d 'Scale for intermediate pictures'
 complete -c quillomat -l memory -x -d 'Ceiling for one render'
+complete -c quillomat -l trace -r -F -d 'File for the stages of the work'
 complete -c quillomat -l json -d 'Machine-readable results'
 complete -c quillomat -s v -l verbose -d 'Log lines on standard error'
 complete -c quillomat -s h -l help -d 'Help'

@@ -1,5 +1,7 @@
 #include "platform/foundation/FileManager.h"
 
+#include "platform/foundation/Trace.h"
+
 #include <algorithm>
 #include <array>
 #include <cctype>
@@ -241,6 +243,7 @@ Result<std::vector<std::string>> SystemFileManager::contentsOfDirectory(const st
 }
 
 Result<Bytes> SystemFileManager::read(const std::string& path, std::uint64_t limit) const {
+    trace::Span span("read file");
     const auto file = openRegularFile(path);
     if (!file) {
         return Failure{file.reason()};
@@ -272,6 +275,8 @@ Result<Bytes> SystemFileManager::read(const std::string& path, std::uint64_t lim
 }
 
 Status SystemFileManager::write(const std::string& path, std::span<const std::byte> bytes) {
+    trace::Span span("write file");
+    span.note("bytes", static_cast<std::int64_t>(bytes.size()));
     if (!isUsable(path)) {
         return unusablePath;
     }

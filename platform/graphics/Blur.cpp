@@ -1,5 +1,7 @@
 #include "platform/graphics/Blur.h"
 
+#include "platform/foundation/Trace.h"
+
 #include <algorithm>
 #include <cmath>
 #include <vector>
@@ -73,6 +75,7 @@ Image gaussianBlurClamped(const Image& image, double radius) {
     if (!source || source->size().isEmpty()) {
         return {};
     }
+    const trace::Span span("blur");
     const std::vector<float> weights = gaussianWeights(std::min(radius, largestDeviation));
     const std::size_t width = static_cast<std::size_t>(source->width()) * 4;
     std::vector<float> row(width);

@@ -1,5 +1,6 @@
 #include "platform/graphics/ChangingPicture.h"
 
+#include "platform/foundation/Trace.h"
 #include "platform/graphics/DrawnPictures.h"
 #include "platform/graphics/raster/LayerStack.h"
 
@@ -138,6 +139,7 @@ ChangingPicture::ChangingPicture(int threads) : threads_(threads), drawn_(std::m
 ChangingPicture::~ChangingPicture() = default;
 
 PixelRect ChangingPicture::draw(const Recording& recording) {
+    const trace::Span span("draw changes");
     const PixelSize size = recording.size();
     const bool isResized = size != bitmap_.size();
     const bool isNew = isResized || drawn_->layers.empty();

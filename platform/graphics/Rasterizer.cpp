@@ -1,5 +1,6 @@
 #include "platform/graphics/Rasterizer.h"
 
+#include "platform/foundation/Trace.h"
 #include "platform/graphics/DrawnPictures.h"
 #include "platform/graphics/raster/LayerStack.h"
 
@@ -12,6 +13,7 @@ struct Rasterizer::Plan {
 };
 
 Rasterizer::Rasterizer(const Recording& recording) : plan_(std::make_unique<Plan>()) {
+    const trace::Span span("plan");
     const PixelSize canvas = recording.size();
     plan_->layers = raster::LayerStack(canvas);
     raster::Pyramids pyramids;

@@ -1,5 +1,6 @@
 #include "platform/network/CurlWebClient.h"
 
+#include "platform/foundation/Trace.h"
 #include "platform/network/Gunzip.h"
 
 #include <curl/curl.h>
@@ -274,7 +275,10 @@ Result<Bytes> CurlWebClient::Session::fetch(const std::string& url) {
     set(CURLOPT_URL, url.c_str());
     set(CURLOPT_WRITEDATA, &reply);
     set(CURLOPT_HEADERDATA, &reply);
-    const CURLcode code = curl_easy_perform(handle.get());
+    const CURLcode code = [this] {
+        const trace::Span span("fetch");
+        return curl_easy_perform(handle.get());
+    }();
     isHostLost =
         code == CURLE_COULDNT_RESOLVE_HOST || code == CURLE_COULDNT_CONNECT || code == CURLE_OPERATION_TIMEDOUT;
     std::string reason = transportComplaint(code, reply);

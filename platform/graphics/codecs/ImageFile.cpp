@@ -1,5 +1,6 @@
 #include "platform/graphics/ImageFile.h"
 
+#include "platform/foundation/Trace.h"
 #include "platform/graphics/Cropping.h"
 #include "platform/graphics/codecs/Codec.h"
 #include "platform/graphics/codecs/Deflate.h"
@@ -192,6 +193,8 @@ public:
         }
         auto sparse = sparse_.lock();
         if (!sparse) {
+            trace::Span span("decode picture");
+            noteSize(span);
             const Result<SharedDocument> document = shelf_->take();
             sparse = document ? decodeSparse(**document, limits_) : nullptr;
             sparse_ = sparse;
@@ -209,8 +212,16 @@ private:
         return {std::max(size.width, 1), std::max(size.height, 1)};
     }
 
+    void noteSize(trace::Span& span) const {
+        span.note("width", header_.size.width);
+        span.note("height", header_.size.height);
+        span.note("bytes", static_cast<std::int64_t>(key_.length));
+    }
+
     /// The same bytes fail again, so they are decoded but once; a file may come back.
     template <typename Decode> [[nodiscard]] SharedBitmap pixels(const Decode& decodeBytes) const {
+        trace::Span span("decode picture");
+        noteSize(span);
         const Result<SharedDocument> document = shelf_->take();
         if (!document) {
             failure_ = document.reason();

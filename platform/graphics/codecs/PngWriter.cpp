@@ -3,9 +3,12 @@
 // it leaves no trace in the file.
 #include "platform/graphics/PngWriter.h"
 
+#include "platform/foundation/Trace.h"
+#include "platform/graphics/ImageFile.h"
 #include "platform/graphics/Rasterizer.h"
 #include "platform/graphics/codecs/Deflate.h"
 #include "platform/graphics/codecs/PixelRows.h"
+#include "platform/graphics/codecs/PngChunks.h"
 #include "platform/graphics/codecs/RowFilters.h"
 #include "platform/graphics/codecs/SmallestPiece.h"
 
@@ -13,6 +16,7 @@
 #include <array>
 #include <atomic>
 #include <functional>
+#include <limits>
 #include <map>
 #include <mutex>
 #include <new>
@@ -116,6 +120,7 @@ public:
     [[nodiscard]] bool make(int first, int count, Band& band) {
         const std::size_t width = static_cast<std::size_t>(source_.size.width);
         source_.rows(first, count, std::span(premultiplied_).first(width * 4 * static_cast<std::size_t>(count)));
+        const trace::Span span("straighten");
         for (int y = 0; y < count; ++y) {
             const std::uint8_t* from = premultiplied_.data() + width * 4 * static_cast<std::size_t>(y);
             if (source_.isOpaque) {
@@ -160,6 +165,7 @@ private:
 
     /// One filter for the whole band does as well as one for each row, and costs little to choose.
     void filterBand(int count) {
+        const trace::Span span("filter");
         const RowFilter filter = cheapest([&](RowFilter tried) {
             std::uint64_t sum = 0;
             for (int y = std::min(triedRowStep / 2, count - 1); y < count; y += triedRowStep) {
@@ -183,6 +189,7 @@ private:
         const bool isLast = first + count == source_.size.height;
         std::span<const std::uint8_t> filtered;
         if (smallest_) {
+            const trace::Span span("filter and deflate");
             if (!smallest_->make(row(0), rowStride_, count, isLast, band.chunk)) {
                 return false;
             }
@@ -190,6 +197,7 @@ private:
         } else {
             filterBand(count);
             filtered = std::span(filtered_).first((rowBytes_ + 1) * static_cast<std::size_t>(count));
+            const trace::Span span("deflate");
             if (!deflater_->deflate(filtered, isLast, band.chunk)) {
                 return false;
             }
@@ -227,6 +235,9 @@ public:
     }
 
     [[nodiscard]] Result<Bytes> encode(int threads) {
+        trace::Span span("write PNG");
+        span.note("width", source_.size.width);
+        span.note("height", source_.size.height);
         std::vector<std::thread> helpers;
         for (int i = 1; i < std::min(threads, bandCount_); ++i) {
             try {
@@ -342,6 +353,26 @@ Result<Bytes> encodePng(const Image& image, PngEffort effort, int threads) {
         return Failure{reason.empty() ? "a picture without pixels" : reason};
     }
     return encode(rowsOf(*bitmap, source.isKnownOpaque() || bitmap->isOpaque()), effort, threads);
+}
+
+Result<Image> asPngDocument(const Image& image, PngEffort effort) {
+    // For a document that was written a moment ago, here.
+    constexpr ImageLimits ownDocument{.pixels = std::numeric_limits<std::uint64_t>::max(),
+                                      .side = std::numeric_limits<int>::max(),
+                                      .fileBytes = std::numeric_limits<std::uint64_t>::max()};
+    const SharedDocument document = image ? image.source()->document() : nullptr;
+    if (document && codecs::isPng(*document)) {
+        return image;
+    }
+    auto encoded = encodePng(image, effort);
+    if (!encoded) {
+        return Failure{"the picture cannot be encoded: " + encoded.reason()};
+    }
+    auto readable = imageFromBytes(std::move(encoded).value(), ownDocument);
+    if (!readable) {
+        return Failure{"the picture cannot be read back: " + readable.reason()};
+    }
+    return Image(readable->source(), image.scale());
 }
 
 } // namespace quillomat

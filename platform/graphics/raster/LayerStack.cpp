@@ -1,5 +1,7 @@
 #include "platform/graphics/raster/LayerStack.h"
 
+#include "platform/foundation/Trace.h"
+
 #include <algorithm>
 #include <atomic>
 #include <cstring>
@@ -14,6 +16,9 @@ constexpr int bandRows = 32;
 } // namespace
 
 void LayerStack::drawRows(int first, int count, const Span& columns, std::uint8_t* out) const {
+    trace::Span span("draw rows");
+    span.note("first", first);
+    span.note("count", count);
     const std::size_t stride = static_cast<std::size_t>(canvas_.width) * 4;
     LayerScratch scratch(canvas_.width);
     std::vector<Span> hidden(layers_.size());
