@@ -2,24 +2,13 @@
 #include "editor/EditingViewController.h"
 
 #include "platform/foundation/Conversions.h"
-#include "platform/graphics/ImageFile.h"
 #include "platform/graphics/PngWriter.h"
 #include "platform/views/NavigationController.h"
 #include "platform/views/Platform.h"
 
-#include <limits>
 #include <utility>
 
 namespace quillomat {
-
-namespace {
-
-// For a document that was written a moment ago, here.
-constexpr ImageLimits ownDocument{.pixels = std::numeric_limits<std::uint64_t>::max(),
-                                  .side = std::numeric_limits<int>::max(),
-                                  .fileBytes = std::numeric_limits<std::uint64_t>::max()};
-
-} // namespace
 
 void EditingViewController::save() {
     log("SSTest 1");
@@ -45,21 +34,16 @@ void EditingViewController::save() {
 }
 
 /// What is handed over is the encoded document, so that the library can keep exactly these bytes. Whether it does is
-/// not looked at. Without a picture nothing is written.
+/// not looked at. A picture that waited is such a document already. Without a picture nothing is written.
 void EditingViewController::writeToPhotos(const Image& picture) {
     if (!picture)
         return;
-    auto document = encodePng(picture, platform().savedEffort);
+    const auto document = asPngDocument(picture, platform().savedEffort);
     if (!document) {
-        noteProblem("the picture cannot be encoded: " + document.reason());
+        noteProblem(document.reason());
         return;
     }
-    auto decodable = imageFromBytes(std::move(document).value(), ownDocument);
-    if (!decodable) {
-        noteProblem("the picture cannot be read back: " + decodable.reason());
-        return;
-    }
-    platform().photos.writeToSavedPhotosAlbum(decodable.value());
+    platform().photos.writeToSavedPhotosAlbum(*document);
 }
 
 void EditingViewController::showInDesignScrollView(const Image& picture, const MockupDefinition& definition) {

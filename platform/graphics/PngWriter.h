@@ -14,4 +14,8 @@ enum class PngEffort { fast, best };
 [[nodiscard]] Result<Bytes> encodePng(const Image& image, PngEffort effort = PngEffort::fast, int threads = 0);
 [[nodiscard]] Result<Bytes> encodePng(const Bitmap& bitmap, PngEffort effort = PngEffort::fast, int threads = 0);
 
+/// The picture over the PNG document that is made of it now: the same pixels, holding nothing of what they were drawn
+/// from, and the very bytes for whoever stores it. A picture that is over a PNG document already is given back.
+[[nodiscard]] Result<Image> asPngDocument(const Image& image, PngEffort effort = PngEffort::fast);
+
 } // namespace quillomat

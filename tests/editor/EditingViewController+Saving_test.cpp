@@ -51,11 +51,32 @@ TEST(EditorSaving, handsOverTheEncodedDocumentSoThatItsBytesCanBeKept) {
     session.mockup(plainMockup());
     const auto editor = session.open();
     editor->generateImage();
-    const Bytes expected = encodePng(session.state.pendingImage).value();
+    const Image pending = session.state.pendingImage;
     editor->save();
+    EXPECT_EQ(session.saved(), pending) << "encoded once";
     const SharedDocument handed = session.saved().source()->document();
     ASSERT_TRUE(handed);
-    EXPECT_EQ(*handed, expected);
+    EXPECT_EQ(*handed, encodePng(*pending.bitmap()).value());
+}
+
+TEST(EditorSaving, pendingPictureHoldsNothingOfWhatItWasComposedFrom) {
+    EditorSession session;
+    session.catalogue({{"one.png", creatorMockup()}});
+    session.frame("one.png");
+    std::weak_ptr<const ImageSource> screenshot;
+    std::weak_ptr<const ImageSource> frame;
+    {
+        const auto editor = session.open("one.png");
+        frame = editor->phone()->image().source();
+        const Image picked = pictureOf(4, 4, red);
+        screenshot = picked.source();
+        session.pickLeft(*editor, picked);
+        EXPECT_FALSE(screenshot.expired()) << "the editor shows it";
+    }
+    session.navigation.pop();
+    EXPECT_TRUE(screenshot.expired());
+    EXPECT_TRUE(frame.expired());
+    EXPECT_EQ(pixelOf(session.state.pendingImage, 30, 40), red);
 }
 
 TEST(EditorSaving, savingOnTheSpotGivesThePictureThatComposingGives) {

@@ -1,4 +1,5 @@
 #include "TestPictures.h"
+#include "platform/graphics/BitmapContext.h"
 #include "platform/graphics/PngWriter.h"
 
 #include <png.h>
@@ -184,6 +185,28 @@ TEST(PngWriter, pictureThatCannotBeDecodedSaysWhy) {
     const Result<Bytes> png = encodePng(*image);
     ASSERT_FALSE(png);
     EXPECT_EQ(png.reason(), "truncated PNG");
+}
+
+TEST(PngWriter, documentOfARecordingHasItsPixelsAndLetsGoOfWhatWasDrawn) {
+    auto drawn = std::make_shared<const Bitmap>(sample(40, 30, false, 5));
+    const std::weak_ptr<const Bitmap> watched = drawn;
+    Image document;
+    Bitmap expected;
+    {
+        BitmapContext context({40, 30}, 1);
+        context.drawImage(Image::fromBitmap(std::move(drawn)), makeRect(3, 4, 20, 20));
+        const Image image = context.makeImage();
+        expected = *image.bitmap();
+        const Result<Image> made = asPngDocument(image);
+        ASSERT_TRUE(made) << made.reason();
+        document = *made;
+        ASSERT_TRUE(document.source()->document());
+        EXPECT_EQ(*document.source()->document(), encodePng(image).value());
+    }
+    EXPECT_TRUE(watched.expired());
+    EXPECT_EQ(*document.bitmap(), expected);
+    EXPECT_EQ(*asPngDocument(document), document) << "it is one already";
+    EXPECT_FALSE(asPngDocument(Image()));
 }
 
 } // namespace
