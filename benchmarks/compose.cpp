@@ -46,6 +46,7 @@ void composeHere(benchmark::State& state, Slant slant) {
     const auto side = static_cast<int>(state.range(0));
     const Recording recording = recordingOfScene(sceneOf(side, slant));
     Bitmap canvas(recording.size());
+    composeBands(Rasterizer(recording), canvas, 1); // touches the canvas's pages
     for (auto _ : state) {
         const Rasterizer rasterizer(recording);
         composeBands(rasterizer, canvas, static_cast<int>(state.range(1)));
@@ -68,6 +69,7 @@ void drawLayerAlone(benchmark::State& state, std::size_t layer) {
 #ifdef QUILLOMAT_WITH_PEERS
 template <typename Make> void composeThere(benchmark::State& state, Slant slant, const Make& make) {
     const auto peer = make(sceneOf(static_cast<int>(state.range(0)), slant));
+    peer->compose(1); // touches the canvas's pages
     for (auto _ : state) {
         peer->compose(static_cast<int>(state.range(1)));
     }

@@ -31,7 +31,8 @@ void Rasterizer::rows(int first, int count, std::span<std::uint8_t> out) const {
     const PixelSize canvas = plan_->layers.canvas();
     assert(first >= 0 && count >= 0 && first + count <= canvas.height);
     assert(out.size() >= static_cast<std::size_t>(canvas.width) * 4 * static_cast<std::size_t>(count));
-    plan_->layers.drawRows(first, count, {0, canvas.width}, out.data());
+    raster::LayerScratch scratch;
+    plan_->layers.drawRows(first, count, {0, canvas.width}, out.data(), scratch);
 }
 
 Bitmap rasterize(const Recording& recording, int threads) {

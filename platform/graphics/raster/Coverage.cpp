@@ -85,6 +85,7 @@ Coverage::Touched Coverage::accumulate(const std::vector<Edge>& edges, int y, st
 }
 
 CoverageRow Coverage::row(int y, CoverageScratch& scratch) const {
+    scratch.prepareFor(width_);
     if (y < top_ || y >= bottom_) {
         return {};
     }
@@ -126,6 +127,16 @@ CoverageRow Coverage::row(int y, CoverageScratch& scratch) const {
     result.right = std::min(result.right, right_);
     result.runLeft = std::min(result.runLeft, result.right);
     result.runRight = std::min(result.runRight, result.right);
+    // Pixels that an edge only touches belong to the run as well.
+    if (result.runLeft < result.runRight) {
+        const auto belongs = [&](int x) { return scratch.values[static_cast<std::size_t>(x)] == result.run; };
+        while (result.runLeft > result.left && belongs(result.runLeft - 1)) {
+            --result.runLeft;
+        }
+        while (result.runRight < result.right && belongs(result.runRight)) {
+            ++result.runRight;
+        }
+    }
     return result;
 }
 

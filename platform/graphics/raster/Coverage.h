@@ -20,13 +20,17 @@ struct CoverageRow {
     [[nodiscard]] bool isEmpty() const { return left >= right; }
 };
 
-/// Working memory of one thread for one plane of coverage.
+/// Working memory of one thread for one plane of coverage, grown when it is first needed.
 struct CoverageScratch {
-    explicit CoverageScratch(int width)
-        : cells(static_cast<std::size_t>(width) + 2), values(static_cast<std::size_t>(width)) {}
-
     std::vector<double> cells; // zero between rows
     std::vector<std::uint8_t> values;
+
+    void prepareFor(int width) {
+        if (values.size() < static_cast<std::size_t>(width)) {
+            cells.resize(static_cast<std::size_t>(width) + 2);
+            values.resize(static_cast<std::size_t>(width));
+        }
+    }
 };
 
 /// Exact signed areas: each edge adds, to the cells that it passes in a row, the area between itself and the cell's

@@ -112,7 +112,7 @@ struct Kernels {
     /// sum, nothing saturates that would not be cut at 255 anyway.
     void (*mixRows)(const std::uint8_t* const* rows, const std::int8_t* weights, int taps, int count,
                     std::uint8_t* out);
-    /// `taps` is 4 or a multiple of 8.
+    /// `taps` is 4 or a multiple of 8; of each two weights the pair stands four times over, once for each channel.
     void (*mixColumns)(const std::uint8_t* row, const std::int32_t* first, const std::int8_t* weights, int taps,
                        int count, std::uint8_t* out);
     /// Draws `count` pixels over `canvas`, each at its coverage.

@@ -43,6 +43,13 @@ bool pictureFillsShape(const LayerDraw& draw) {
            picture.maxX() >= shape.maxX() - slackX && picture.maxY() >= shape.maxY() - slackY;
 }
 
+std::uint8_t* roomFor(std::size_t bytes, std::vector<std::uint8_t>& memory) {
+    if (memory.size() < bytes) {
+        memory.resize(bytes);
+    }
+    return memory.data();
+}
+
 SampledArea boundsOf(const Polygon& polygon) {
     double left = 1e9, top = 1e9, right = 0, bottom = 0;
     for (const Point& p : polygon) {
@@ -61,14 +68,6 @@ Pixel premultiplied(const Color& color) {
     return {byte(unit(color.red) * alpha), byte(unit(color.green) * alpha), byte(unit(color.blue) * alpha),
             byte(alpha)};
 }
-
-LayerScratch::LayerScratch(int width)
-    : shape(width)
-    , inner(width)
-    , picture(width)
-    , pictureInner(width)
-    , pixels(static_cast<std::size_t>(width) * 4)
-    , mixed(static_cast<std::size_t>(width) * 4) {}
 
 std::optional<Layer> Layer::make(const LayerDraw& draw, PixelSize canvas, const Kernels& kernels, Pyramids& pyramids) {
     Layer layer;
@@ -140,7 +139,7 @@ const std::uint8_t* Layer::pixelsOfRow(int y, int left, int right, LayerScratch&
             return inPlace;
         }
     }
-    std::uint8_t* const pixels = scratch.pixels.data();
+    std::uint8_t* const pixels = roomFor(bytes, scratch.pixels);
     if (!sampler_) {
         for (std::size_t i = 0; i < bytes; i += 4) {
             std::memcpy(pixels + i, fill_->data(), 4);
@@ -151,7 +150,7 @@ const std::uint8_t* Layer::pixelsOfRow(int y, int left, int right, LayerScratch&
     if (!fill_ || pictureIsOpaque_) {
         return pixels;
     }
-    std::uint8_t* const mixed = scratch.mixed.data();
+    std::uint8_t* const mixed = roomFor(bytes, scratch.mixed);
     for (std::size_t i = 0; i < bytes; i += 4) {
         std::memcpy(mixed + i, fill_->data(), 4);
     }
@@ -209,33 +208,36 @@ void Layer::drawPlainRow(int y, const CoverageRow& row, const Span& part, std::u
         drawSparseRow(y, row, part, canvasRow, scratch);
         return;
     }
-    const std::uint8_t* const pixels = pixelsOfRow(y, part.left, part.right, scratch);
-    const auto within = [&](int left, int right) {
-        return Span{std::max(left, part.left), std::min(right, part.right)};
-    };
-    const auto draw = [&](const Span& span, bool isRun) {
-        if (span.isEmpty()) {
+    const auto draw = [&](int from, int to, bool isRun) {
+        const int left = std::max(from, part.left);
+        const int right = std::min(to, part.right);
+        if (left >= right) {
             return;
         }
-        std::uint8_t* const to = canvasRow + static_cast<std::ptrdiff_t>(span.left) * 4;
-        const std::uint8_t* const from = pixels + static_cast<std::ptrdiff_t>(span.left - part.left) * 4;
-        if (!isRun) {
-            kernels_->compositeCovered(to, from, scratch.shape.values.data() + span.left, span.length());
-        } else if (row.run == 255 && isOpaqueInside()) {
-            std::memcpy(to, from, static_cast<std::size_t>(span.length()) * 4);
+        std::uint8_t* const canvas = canvasRow + static_cast<std::ptrdiff_t>(left) * 4;
+        const bool replaces = isRun && row.run == 255 && isOpaqueInside();
+        if (replaces && sampler_ && sampler_->direct(y, left, right) == nullptr) {
+            sampler_->row(y, left, right, canvas, scratch.sampler);
+            return;
+        }
+        const std::uint8_t* const pixels = pixelsOfRow(y, left, right, scratch);
+        if (replaces) {
+            std::memcpy(canvas, pixels, static_cast<std::size_t>(right - left) * 4);
+        } else if (isRun) {
+            kernels_->compositeUniform(canvas, pixels, row.run, right - left);
         } else {
-            kernels_->compositeUniform(to, from, row.run, span.length());
+            kernels_->compositeCovered(canvas, pixels, scratch.shape.values.data() + left, right - left);
         }
     };
-    draw(within(row.left, row.runLeft), /*isRun=*/false);
-    draw(within(row.runLeft, row.runRight), /*isRun=*/true);
-    draw(within(row.runRight, row.right), /*isRun=*/false);
+    draw(row.left, row.runLeft, /*isRun=*/false);
+    draw(row.runLeft, row.runRight, /*isRun=*/true);
+    draw(row.runRight, row.right, /*isRun=*/false);
 }
 
 /// As `drawPlainRow`, but what is empty is not looked at and what is opaque goes straight to the canvas.
 void Layer::drawSparseRow(int y, const CoverageRow& row, const Span& part, std::uint8_t* canvasRow,
                           LayerScratch& scratch) const {
-    std::uint8_t* const pixels = scratch.pixels.data();
+    std::uint8_t* const pixels = roomFor(static_cast<std::size_t>(part.length()) * 4, scratch.pixels);
     const auto drawEdge = [&](int left, int right) {
         left = std::max(left, part.left);
         right = std::min(right, part.right);
@@ -269,6 +271,7 @@ void Layer::drawMixedRow(int y, const CoverageRow& row, const Span& part, std::u
                          LayerScratch& scratch) const {
     CoverageRow pictured = sampler_ ? row : CoverageRow{};
     const auto values = [&](const std::optional<Coverage>& plane, CoverageScratch& planeScratch) {
+        planeScratch.prepareFor(row.right);
         // What the plane does not reach is 0.
         std::fill(planeScratch.values.begin() + row.left, planeScratch.values.begin() + row.right, std::uint8_t{0});
         return plane->wholeRow(y, planeScratch);
@@ -292,7 +295,8 @@ void Layer::drawMixedRow(int y, const CoverageRow& row, const Span& part, std::u
     pictured.left = std::max(pictured.left, part.left);
     pictured.right = std::min(pictured.right, part.right);
     if (!pictured.isEmpty()) {
-        sampler_->row(y, pictured.left, pictured.right, scratch.pixels.data(), scratch.sampler);
+        const auto bytes = static_cast<std::size_t>(pictured.right - pictured.left) * 4;
+        sampler_->row(y, pictured.left, pictured.right, roomFor(bytes, scratch.pixels), scratch.sampler);
     }
     const Pixel fill = fill_.value_or(Pixel{});
     const Pixel borderedFill = over(border_, fill);

@@ -15,10 +15,8 @@ using Pixel = std::array<std::uint8_t, 4>;
 /// Premultiplied, components cut to 0 ... 1; NaN counts as 0.
 [[nodiscard]] Pixel premultiplied(const Color& color);
 
-/// Working memory of one thread.
+/// Working memory of one thread, grown as it is needed.
 struct LayerScratch {
-    explicit LayerScratch(int width);
-
     CoverageScratch shape;
     CoverageScratch inner;
     CoverageScratch picture;

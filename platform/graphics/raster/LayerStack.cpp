@@ -15,12 +15,11 @@ constexpr int bandRows = 32;
 
 } // namespace
 
-void LayerStack::drawRows(int first, int count, const Span& columns, std::uint8_t* out) const {
+void LayerStack::drawRows(int first, int count, const Span& columns, std::uint8_t* out, LayerScratch& scratch) const {
     trace::Span span("draw rows");
     span.note("first", first);
     span.note("count", count);
     const std::size_t stride = static_cast<std::size_t>(canvas_.width) * 4;
-    LayerScratch scratch(canvas_.width);
     std::vector<Span> hidden(layers_.size());
     for (int y = first; y < first + count; ++y) {
         // From the top down: the widest run of pixels that a layer above replaces.
@@ -46,9 +45,10 @@ void LayerStack::drawOn(Bitmap& picture, const SampledArea& area, int threads) c
     const int bands = (area.bottom - area.top + bandRows - 1) / bandRows;
     std::atomic<int> next{0};
     const auto work = [&] {
+        LayerScratch scratch;
         for (int band = next++; band < bands; band = next++) {
             const int first = area.top + band * bandRows;
-            drawRows(first, std::min(bandRows, area.bottom - first), columns, picture.row(first));
+            drawRows(first, std::min(bandRows, area.bottom - first), columns, picture.row(first), scratch);
         }
     };
     const int cores = threads > 0 ? threads : static_cast<int>(std::thread::hardware_concurrency());

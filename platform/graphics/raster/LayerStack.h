@@ -19,8 +19,9 @@ public:
     void add(std::shared_ptr<const Layer> layer) { layers_.push_back(std::move(layer)); }
 
     /// Replaces columns [left, right) of rows [first, first + count) in `out`, which begins with row `first` and holds
-    /// whole rows of the canvas. May be called from several threads at once, for different rows.
-    void drawRows(int first, int count, const Span& columns, std::uint8_t* out) const;
+    /// whole rows of the canvas. May be called from several threads at once, for different rows, each
+    /// with scratch memory that has served no other stack.
+    void drawRows(int first, int count, const Span& columns, std::uint8_t* out, LayerScratch& scratch) const;
     /// Replaces the area's pixels in a picture of the whole canvas; `threads` 0 means one per core.
     void drawOn(Bitmap& picture, const SampledArea& area, int threads) const;
 

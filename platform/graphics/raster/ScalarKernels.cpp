@@ -158,20 +158,18 @@ void mixRows(const std::uint8_t* const* rows, const std::int8_t* weights, int ta
 
 void mixColumns(const std::uint8_t* row, const std::int32_t* first, const std::int8_t* weights, int taps, int count,
                 std::uint8_t* out) {
-    for (int i = 0; i < count; ++i, weights += taps, out += 4) {
+    for (int i = 0; i < count; ++i, weights += static_cast<std::ptrdiff_t>(taps) * 4, out += 4) {
         const std::uint8_t* pixels = row + static_cast<std::ptrdiff_t>(first[i]) * 4;
         for (int channel = 0; channel < 4; ++channel) {
             // Groups of four taps are summed in turn in two places, each for even and odd pairs, as wide registers do.
             int sums[2][2] = {};
             for (int tap = 0; tap < taps; tap += 2) {
                 int& sum = sums[tap / 4 % 2][tap / 2 % 2];
-                const int pair =
-                    pixels[tap * 4 + channel] * weights[tap] + pixels[tap * 4 + 4 + channel] * weights[tap + 1];
+                const std::int8_t* both = weights + static_cast<std::ptrdiff_t>(tap) * 4;
+                const int pair = pixels[tap * 4 + channel] * both[0] + pixels[tap * 4 + 4 + channel] * both[1];
                 sum = saturated(sum + saturated(pair));
             }
-            const int even = saturated(sums[0][0] + sums[1][0]);
-            const int odd = saturated(sums[0][1] + sums[1][1]);
-            out[channel] = meanOf(saturated(even + odd));
+            out[channel] = meanOf(saturated(saturated(sums[0][0] + sums[0][1]) + saturated(sums[1][0] + sums[1][1])));
         }
         for (int channel = 0; channel < 3; ++channel) {
             out[channel] = std::min(out[channel], out[3]);

@@ -68,6 +68,18 @@ private:
     const Kernels& kernels_;
 };
 
+/// Of each two weights the pair, four times over.
+void repeatPairs(AxisTable<std::int8_t>& table) {
+    std::vector<std::int8_t> repeated;
+    repeated.reserve(table.weights.size() * 4);
+    for (std::size_t i = 0; i < table.weights.size(); i += 2) {
+        for (int channel = 0; channel < 4; ++channel) {
+            repeated.insert(repeated.end(), {table.weights[i], table.weights[i + 1]});
+        }
+    }
+    table.weights = std::move(repeated);
+}
+
 /// For backgrounds, which are large and soft: bytes throughout, several times faster.
 class MixSampler final : public Sampler {
 public:
@@ -77,7 +89,9 @@ public:
         , view_(pyramid_->level(across.level(), down.level()))
         , columns_(across.table<std::int8_t>(area.left, area.right, view_.width, {mixedWhole, 4, 8}))
         , rows_(down.table<std::int8_t>(area.top, area.bottom, view_.height, {mixedWhole, 1, 1}))
-        , kernels_(kernels) {}
+        , kernels_(kernels) {
+        repeatPairs(columns_);
+    }
 
     void row(int y, int left, int right, std::uint8_t* out, SamplerScratch& scratch) const override {
         if (left >= right) {
@@ -104,8 +118,10 @@ public:
                              columns.bytes(), scratch.mixed.data() + columns.firstByte());
             mixed = scratch.mixed.data();
         }
-        kernels_.mixColumns(mixed, columns_.first.data() + columns_.index(left), columns_.line(left), columns_.taps,
-                            right - left, out);
+        kernels_.mixColumns(mixed, columns_.first.data() + columns_.index(left),
+                            columns_.weights.data() +
+                                columns_.index(left) * static_cast<std::size_t>(columns_.taps) * 4,
+                            columns_.taps, right - left, out);
     }
 
 private:

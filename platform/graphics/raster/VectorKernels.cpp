@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <type_traits>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "platform/graphics/raster/VectorKernels.cpp"
@@ -528,11 +527,15 @@ template <class D16> HWY_INLINE hn::Vec<D16> meansOf(D16 d16, hn::Vec<D16> sums)
     return hn::MulHigh(raised, hn::Set(d16, std::int16_t{mixedInverse}));
 }
 
-/// Undoes an interleaving, which keeps to blocks of 16 bytes: the lower and the upper halves of blocks, cut to bytes.
+/// Two vectors of numbers cut to bytes, block by block: of each block of 16 bytes first those of `lower`.
 template <class D8, class V16> HWY_INLINE hn::Vec<D8> packedInBlocks(D8 d8, V16 lower, V16 upper) {
 #if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
     (void)d8;
-    return hn::Vec<D8>{_mm256_packus_epi16(lower.raw, upper.raw)};
+    if constexpr (hn::MaxLanes(D8()) == 32) {
+        return hn::Vec<D8>{_mm256_packus_epi16(lower.raw, upper.raw)};
+    } else {
+        return hn::Vec<D8>{_mm_packus_epi16(lower.raw, upper.raw)};
+    }
 #else
     const hn::Half<D8> dHalf;
     return hn::Combine(d8, hn::DemoteTo(dHalf, upper), hn::DemoteTo(dHalf, lower));
@@ -575,39 +578,65 @@ void mixRows(const std::uint8_t* const* rows, const std::int8_t* weights, int ta
     }
 }
 
-/// The sums of one pixel, even and odd pairs apart: a group of four taps after the other, or two at once.
+/// Of each four pixels their eight weighted sums: of four even taps pairs', of four odd ones, in each group of four
+/// taps.
 template <class D8>
-HWY_INLINE hn::Vec<Shorts8> mixedPixel(D8 d8, const std::uint8_t* pixels, const std::int8_t* weights, int taps) {
-    const hn::Repartition<std::int16_t, D8> d16;
+HWY_INLINE hn::Vec<hn::Repartition<std::int16_t, D8>> mixedGroup(D8 d8, const std::uint8_t* pixels,
+                                                                 const std::int8_t* weights) {
     alignas(32) static constexpr std::uint8_t pairing[32] = {0, 4, 1, 5, 2, 6, 3, 7, 8, 12, 9, 13, 10, 14, 11, 15,
                                                              0, 4, 1, 5, 2, 6, 3, 7, 8, 12, 9, 13, 10, 14, 11, 15};
-    alignas(32) static constexpr std::uint8_t spread[32] = {0, 1, 0, 1, 0, 1, 0, 1, 2, 3, 2, 3, 2, 3, 2, 3,
-                                                            4, 5, 4, 5, 4, 5, 4, 5, 6, 7, 6, 7, 6, 7, 6, 7};
-    constexpr int tapsAtOnce = static_cast<int>(hn::MaxLanes(D8())) / 4;
-    using Line = std::conditional_t<tapsAtOnce == 8, std::uint64_t, std::uint32_t>;
-    const auto group = [&](int tap) {
-        Line line = 0;
-        std::memcpy(&line, weights + tap, sizeof line);
-        const auto repeated = hn::BitCast(d8, hn::Set(hn::Repartition<Line, D8>(), line));
-        return mixedPairs(d16, hn::TableLookupBytes(hn::LoadU(d8, pixels + tap * 4), hn::Load(d8, pairing)),
-                          hn::TableLookupBytes(repeated, hn::Load(d8, spread)));
-    };
-    auto even = group(0);
-    if constexpr (tapsAtOnce == 8) {
+    const hn::RebindToSigned<D8> dSigned;
+    return mixedPairs(hn::Repartition<std::int16_t, D8>(),
+                      hn::TableLookupBytes(hn::LoadU(d8, pixels), hn::Load(d8, pairing)),
+                      hn::BitCast(d8, hn::LoadU(dSigned, weights)));
+}
+
+/// Even and odd pairs of two pixels added, in each block.
+template <class D16> HWY_INLINE hn::Vec<D16> addedPairs(D16 d16, hn::Vec<D16> a, hn::Vec<D16> b) {
+    const hn::Repartition<std::int64_t, D16> d64;
+    const auto a64 = hn::BitCast(d64, a);
+    const auto b64 = hn::BitCast(d64, b);
+    return hn::SaturatedAdd(hn::BitCast(d16, hn::InterleaveLower(d64, a64, b64)),
+                            hn::BitCast(d16, hn::InterleaveUpper(d64, a64, b64)));
+}
+
+/// Where one pixel's taps and weights lie.
+struct MixedPixel {
+    const std::uint8_t* pixels;
+    const std::int8_t* weights;
+};
+
+/// The sums of two pixels over the groups of four taps from `first` on, every other one.
+HWY_INLINE hn::Vec<Shorts8> everyOtherGroup(const MixedPixel& a, const MixedPixel& b, int first, int taps) {
+    const Bytes16 d8;
+    const Shorts8 d16;
+    auto sumA = hn::Zero(d16);
+    auto sumB = hn::Zero(d16);
+    for (int tap = first; tap < taps; tap += 8) {
+        sumA = hn::SaturatedAdd(sumA, mixedGroup(d8, a.pixels + tap * 4, a.weights + tap * 4));
+        sumB = hn::SaturatedAdd(sumB, mixedGroup(d8, b.pixels + tap * 4, b.weights + tap * 4));
+    }
+    return addedPairs(d16, sumA, sumB);
+}
+
+template <class At> HWY_INLINE hn::Vec<Shorts8> mixedTwo(const At& at, int i, int taps) {
+    const MixedPixel a = at(i);
+    const MixedPixel b = at(i + 1);
+    if (taps == 4) {
+        return everyOtherGroup(a, b, 0, taps);
+    }
+    if constexpr (hn::MaxLanes(RowBytes()) == 32) {
+        const RowBytes d8;
+        const RowShorts d16;
+        auto sumA = mixedGroup(d8, a.pixels, a.weights);
+        auto sumB = mixedGroup(d8, b.pixels, b.weights);
         for (int tap = 8; tap < taps; tap += 8) {
-            even = hn::SaturatedAdd(even, group(tap));
+            sumA = hn::SaturatedAdd(sumA, mixedGroup(d8, a.pixels + tap * 4, a.weights + tap * 4));
+            sumB = hn::SaturatedAdd(sumB, mixedGroup(d8, b.pixels + tap * 4, b.weights + tap * 4));
         }
-        return foldedRows(d16, even);
+        return foldedRows(d16, addedPairs(d16, sumA, sumB));
     } else {
-        if (taps == 4) {
-            return even;
-        }
-        auto odd = group(4);
-        for (int tap = 8; tap < taps; tap += 8) {
-            even = hn::SaturatedAdd(even, group(tap));
-            odd = hn::SaturatedAdd(odd, group(tap + 4));
-        }
-        return hn::SaturatedAdd(even, odd);
+        return hn::SaturatedAdd(everyOtherGroup(a, b, 0, taps), everyOtherGroup(a, b, 4, taps));
     }
 }
 
@@ -617,21 +646,15 @@ HWY_INLINE int mixColumnsOf(const std::uint8_t* row, const std::int32_t* first, 
     const Bytes16 d8;
     const Shorts8 d16;
     alignas(16) static constexpr std::uint8_t alphas[16] = {3, 3, 3, 3, 7, 7, 7, 7, 11, 11, 11, 11, 15, 15, 15, 15};
-    using Group = std::conditional_t<kTaps == 4, Bytes16, RowBytes>;
     const int known = kTaps > 0 ? kTaps : taps;
-    const auto two = [&](int i) {
-        const auto sums = [&](int k) {
-            return mixedPixel(Group(), row + static_cast<std::ptrdiff_t>(first[k]) * 4,
-                              weights + static_cast<std::ptrdiff_t>(k) * known, known);
-        };
-        const auto a = sums(i);
-        const auto b = sums(i + 1);
-        return meansOf(d16, hn::SaturatedAdd(hn::ConcatLowerLower(d16, b, a), hn::ConcatUpperUpper(d16, b, a)));
+    const auto at = [=](int i) {
+        return MixedPixel{row + static_cast<std::ptrdiff_t>(first[i]) * 4,
+                          weights + static_cast<std::ptrdiff_t>(i) * known * 4};
     };
     int i = 0;
     for (; i + 4 <= count; i += 4) {
-        const hn::FixedTag<std::uint8_t, 8> dHalf;
-        const auto bytes = hn::Combine(d8, hn::DemoteTo(dHalf, two(i + 2)), hn::DemoteTo(dHalf, two(i)));
+        const auto bytes =
+            packedInBlocks(d8, meansOf(d16, mixedTwo(at, i, known)), meansOf(d16, mixedTwo(at, i + 2, known)));
         hn::StoreU(hn::Min(bytes, hn::TableLookupBytes(bytes, hn::Load(d8, alphas))), d8,
                    out + static_cast<std::ptrdiff_t>(i) * 4);
     }
@@ -643,7 +666,7 @@ void mixColumns(const std::uint8_t* row, const std::int32_t* first, const std::i
     const int done = taps == 8   ? mixColumnsOf<8>(row, first, weights, taps, count, out)
                      : taps == 4 ? mixColumnsOf<4>(row, first, weights, taps, count, out)
                                  : mixColumnsOf<0>(row, first, weights, taps, count, out);
-    scalarKernels().mixColumns(row, first + done, weights + static_cast<std::ptrdiff_t>(done) * taps, taps,
+    scalarKernels().mixColumns(row, first + done, weights + static_cast<std::ptrdiff_t>(done) * taps * 4, taps,
                                count - done, out + static_cast<std::ptrdiff_t>(done) * 4);
 }
 

@@ -184,8 +184,14 @@ TEST_F(KernelsTwins, mixColumns) {
             first.push_back(upTo(100 - taps));
         }
         std::vector<std::int8_t> weights;
-        for (int i = 0; i < count * taps; ++i) {
-            weights.push_back(static_cast<std::int8_t>(count % 5 == 0 ? upTo(255) - 128 : upTo(60) - 20));
+        for (int i = 0; i < count * taps / 2; ++i) {
+            const auto weight = [&] {
+                return static_cast<std::int8_t>(count % 5 == 0 ? upTo(255) - 128 : upTo(60) - 20);
+            };
+            const std::int8_t pair[2] = {weight(), weight()};
+            for (int channel = 0; channel < 4; ++channel) {
+                weights.insert(weights.end(), std::begin(pair), std::end(pair));
+            }
         }
         expectSameBytes(randomBytes(static_cast<std::size_t>(count) * 4), static_cast<std::size_t>(count % 3),
                         [&](const Kernels& kernels, std::uint8_t* out) {
