@@ -70,7 +70,8 @@ void addOptions(QCommandLineParser& parser) {
     add({"version"}, "Print the version.");
     add({"v", "verbose"}, "The application's log lines on standard error.");
     add({"appearance"}, "light, dark or auto (the default).", "LOOK");
-    add({"reduce-motion"}, "Fade instead of sliding.");
+    add({"reduce-motion"}, "Fade instead of sliding, whatever the desktop says.");
+    add({"text-scale"}, "The size of the type, 0.85 to 2; by default as the desktop says.", "N");
     add({"screens"}, "Load the screens from this folder: for those who change them.", "DIR");
     add({"frame-log"}, "Write the milliseconds between frames to this file.", "FILE");
 }
@@ -91,6 +92,13 @@ std::optional<QString> readOptions(const QCommandLineParser& parser, WindowOptio
         options.screenScale = text("screen-scale").toDouble(&isNumber);
         if (!isNumber || !(options.screenScale >= 0.25 && options.screenScale <= 8)) {
             return QStringLiteral("--screen-scale: expected a number from 0.25 to 8");
+        }
+    }
+    if (parser.isSet("text-scale")) {
+        bool isNumber = false;
+        options.textScale = text("text-scale").toDouble(&isNumber);
+        if (!isNumber || !(options.textScale >= 0.85 && options.textScale <= 2)) {
+            return QStringLiteral("--text-scale: expected a number from 0.85 to 2");
         }
     }
     if (parser.isSet("memory")) {

@@ -3,6 +3,7 @@
 #include "catalogue/ScrollerViewController.h"
 #include "catalogue/SelectionTableViewController.h"
 #include "editor/EditingViewController.h"
+#include "hosts/qt/DesktopSettings.h"
 #include "hosts/qt/EditorScreen.h"
 
 #include <QCoreApplication>
@@ -18,12 +19,15 @@
 namespace quillomat {
 
 Shell::Shell(Platform& platform, ShellSettings settings)
-    : settings_(std::move(settings)), application_(std::make_unique<Application>(platform)) {
+    : settings_(std::move(settings))
+    , desktop_(std::make_unique<DesktopSettings>())
+    , application_(std::make_unique<Application>(platform)) {
     application_->storyboard().screenMade = [this](const std::shared_ptr<ViewController>& screen) {
         if (root_.expired()) {
             root_ = screen;
         }
     };
+    connect(desktop_.get(), &DesktopSettings::changed, this, &Shell::comfortChanged);
     QCoreApplication::instance()->installEventFilter(this);
 }
 
@@ -155,9 +159,17 @@ void Shell::back() {
     });
 }
 
+bool Shell::reducesMotion() const {
+    return settings_.reducesMotion || desktop_->reducesMotion();
+}
+
 qreal Shell::textScale() const {
+    // Under X11 the setting is in the screen's resolution already, and the toolkit enlarges everything by it.
+    const bool isSettingApart = QGuiApplication::platformName() != QStringLiteral("xcb");
     const QScreen* screen = QGuiApplication::primaryScreen();
-    return screen != nullptr ? std::clamp(screen->logicalDotsPerInch() / 96, 0.85, 2.0) : 1.0;
+    const qreal told = std::max(screen != nullptr ? screen->logicalDotsPerInch() / 96 : 1.0,
+                                isSettingApart ? desktop_->textScale() : 1.0);
+    return std::clamp(settings_.textScale > 0 ? settings_.textScale : told, 0.85, 2.0);
 }
 
 QString Shell::text(const QString& english) const {

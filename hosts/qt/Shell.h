@@ -15,11 +15,14 @@
 
 namespace quillomat {
 
+class DesktopSettings;
+
 struct ShellSettings {
     QString picturesFolder;
     QString downloadsFolder;
     QString appearance = QStringLiteral("auto"); // "light", "dark", "auto"
-    bool reducesMotion = false;
+    bool reducesMotion = false;                  // whatever the desktop says
+    qreal textScale = 0;                         // 0: as the desktop says
 };
 
 /// Everything that reaches the core comes through `perform`, one thing at a time; after each the mirrors are brought up
@@ -31,8 +34,8 @@ class Shell final : public QObject {
     Q_PROPERTY(int depth READ depth NOTIFY depthChanged)
     Q_PROPERTY(bool usesKeyboard READ usesKeyboard NOTIFY usesKeyboardChanged) // rather than mouse or finger
     Q_PROPERTY(QString appearance READ appearance CONSTANT)
-    Q_PROPERTY(bool reducesMotion READ reducesMotion CONSTANT)
-    Q_PROPERTY(qreal textScale READ textScale CONSTANT)
+    Q_PROPERTY(bool reducesMotion READ reducesMotion NOTIFY comfortChanged)
+    Q_PROPERTY(qreal textScale READ textScale NOTIFY comfortChanged)
 
 public:
     Shell(Platform& platform, ShellSettings settings);
@@ -56,7 +59,8 @@ public:
     [[nodiscard]] int depth() const { return static_cast<int>(screens_.size()); }
     [[nodiscard]] bool usesKeyboard() const { return usesKeyboard_; }
     [[nodiscard]] const QString& appearance() const { return settings_.appearance; }
-    [[nodiscard]] bool reducesMotion() const { return settings_.reducesMotion; }
+    [[nodiscard]] DesktopSettings& desktop() { return *desktop_; }
+    [[nodiscard]] bool reducesMotion() const;
     [[nodiscard]] qreal textScale() const;
 
     /// A text of the core in the user's language.
@@ -70,6 +74,7 @@ signals:
     void isWaitingChanged();
     void depthChanged();
     void usesKeyboardChanged();
+    void comfortChanged();
     void pushed(QObject* screen);
     void poppedTo(int depth);
 
@@ -84,6 +89,7 @@ private:
     [[nodiscard]] std::vector<std::shared_ptr<ViewController>> stack() const;
 
     ShellSettings settings_;
+    std::unique_ptr<DesktopSettings> desktop_;
     std::shared_ptr<PictureRegistry> pictures_ = std::make_shared<PictureRegistry>();
     std::unique_ptr<Application> application_;
     std::weak_ptr<ViewController> root_;

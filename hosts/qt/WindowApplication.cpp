@@ -2,6 +2,7 @@
 
 #include "hosts/desktop/StandardLog.h"
 #include "hosts/desktop/UserFolders.h"
+#include "hosts/qt/DesktopSettings.h"
 #include "hosts/qt/EditorScreen.h"
 #include "hosts/qt/PreviewItem.h"
 
@@ -23,7 +24,7 @@ namespace {
 ShellSettings shellSettings(const WindowOptions& options) {
     return {QString::fromStdString(picturesDirectory(processEnvironment())),
             QStandardPaths::writableLocation(QStandardPaths::DownloadLocation), options.appearance,
-            options.reducesMotion};
+            options.reducesMotion, options.textScale};
 }
 
 CurlOptions curlOptions(const WindowOptions& options) {
@@ -103,6 +104,7 @@ void WindowApplication::equip(QQmlEngine& engine) {
 Status WindowApplication::show() {
     registerHostTypes(shell_);
     equip(engine_);
+    shell_.desktop().watch();
     engine_.addImportPath(QStringLiteral("qrc:/qt/qml"));
     QUrl scene(QStringLiteral("qrc:/qt/qml/Quillomat/Screens/Main.qml"));
     if (!options_.screens.isEmpty()) {

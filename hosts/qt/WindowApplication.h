@@ -31,8 +31,9 @@ struct WindowOptions {
     bool verbose = false;
     QString appearance = QStringLiteral("auto");
     bool reducesMotion = false;
-    QString screens;  // a folder with the scene's sources, in place of those in the program
-    QString frameLog; // a file for the times between frames
+    qreal textScale = 0; // 0: as the desktop says
+    QString screens;     // a folder with the scene's sources, in place of those in the program
+    QString frameLog;    // a file for the times between frames
 };
 
 class BrowserUrlOpener final : public UrlOpener {

@@ -32,6 +32,7 @@ void ScreensSession::applicationAvailable() {
     options.server = "quillomat.invalid";
     options.appearance = qEnvironmentVariable("QUILLOMAT_TEST_APPEARANCE", QStringLiteral("light"));
     options.reducesMotion = true;
+    options.textScale = textScale();
     auto opened = WindowApplication::open(options);
     if (!opened) {
         qFatal("%s", opened.reason().c_str());
@@ -95,7 +96,7 @@ qreal ScreensSession::scaleFactor() const {
 }
 
 qreal ScreensSession::textScale() const {
-    return qEnvironmentVariable("QT_FONT_DPI").toDouble() / 96;
+    return qEnvironmentVariable("QUILLOMAT_TEST_TEXT_SCALE").toDouble();
 }
 
 } // namespace quillomat

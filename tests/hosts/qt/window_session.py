@@ -3,6 +3,7 @@
 Everything is private to the session: a display of its own, a message bus of its own, folders of its own. Controls are
 found by role and accessible name and pressed where they stand, so that nothing here knows a coordinate.
 """
+import atexit
 import os
 import pathlib
 import shutil
@@ -12,6 +13,7 @@ import time
 
 PRIVATE = "QUILLOMAT_WINDOW_SESSION"
 NEEDED = ["Xvfb", "xdotool", "dbus-run-session", "import"]
+started = []
 LAUNCHERS = ["/usr/libexec/at-spi-bus-launcher", "/usr/lib/at-spi2-core/at-spi-bus-launcher"]
 
 
@@ -72,6 +74,14 @@ def rerun_privately(screen="1400x1000x24"):
     sys.exit(status)
 
 
+def launch_accessibility():
+    """Once for all sessions of this process, whose bindings stay with the first bus that they have met."""
+    if not started:
+        started.append(subprocess.Popen([next(path for path in LAUNCHERS if os.path.exists(path)),
+                                         "--launch-immediately"], stderr=subprocess.DEVNULL))
+        atexit.register(started[0].terminate)
+
+
 class Session:
     def __init__(self, program, folder, *options, size=(360, 740), environment=None):
         self.folder = pathlib.Path(folder)
@@ -80,8 +90,7 @@ class Session:
         for directory in (self.pictures, self.documents, self.folder / "home", self.folder / "run"):
             directory.mkdir(parents=True, exist_ok=True)
         (self.folder / "run").chmod(0o700)
-        self.launcher = subprocess.Popen([next(path for path in LAUNCHERS if os.path.exists(path)),
-                                          "--launch-immediately"], stderr=subprocess.DEVNULL)
+        launch_accessibility()
         self.environment = dict(os.environ, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", QT_QPA_PLATFORM="xcb",
                                 XDG_PICTURES_DIR=str(self.pictures), HOME=str(self.folder / "home"),
                                 XDG_RUNTIME_DIR=str(self.folder / "run"), **{"LC_ALL": "C.UTF-8", **(environment or {})})
@@ -96,9 +105,8 @@ class Session:
         time.sleep(0.4)
 
     def close(self):
-        for process in (self.program, self.launcher):
-            process.terminate()
-            process.wait()
+        self.program.terminate()
+        self.program.wait()
 
     # Looking --------------------------------------------------------------------------------------------------------
     def wait_for(self, look, what, seconds=10.0):

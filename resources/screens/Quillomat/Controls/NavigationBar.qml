@@ -45,6 +45,7 @@ Item {
     Caption {
         // In the middle of the window, or as near to it as the buttons let it.
         width: Math.max(0, Math.min(Math.ceil(implicitWidth), root.rightEnd - root.leftEnd - 2 * Theme.gap))
+        visible: width > 2 * size
         x: Math.round(Math.max(root.leftEnd + Theme.gap,
                                Math.min((root.width - width) / 2, root.rightEnd - Theme.gap - width)))
         anchors.verticalCenter: parent.verticalCenter

@@ -72,8 +72,9 @@ ScreenPage {
         id: tools
         readonly property real cell: root.sideways ? Theme.toolWidth
                                                    : Math.min(root.width - 2 * Theme.step, Theme.columnWidth) / 5
-        readonly property real cellHeight: root.sideways ? Math.min(Theme.toolHeight, stage.height / 5)
-                                                         : Theme.toolHeight
+        readonly property real cellHeight: Math.min(Theme.toolHeight, stage.height / rowsBeside)
+        // Large labels need two columns.
+        readonly property int rowsBeside: !root.sideways ? 1 : stage.height >= 5 * (Theme.toolHeight - 2 * Theme.step) ? 5 : 3
 
         /// The arrow keys go from tool to tool, past those that the mockup does not take.
         function step(by: int): void {
@@ -82,7 +83,7 @@ ScreenPage {
             all[Math.max(0, Math.min(all.length - 1, now + by))]?.forceActiveFocus(Qt.TabFocusReason);
         }
 
-        columns: root.sideways ? 1 : 5
+        columns: Math.ceil(5 / rowsBeside)
         x: root.sideways ? stage.width : Math.round((parent.width - width) / 2)
         y: root.sideways ? Math.round((stage.height - height) / 2) : stage.height
         Accessible.role: Accessible.ToolBar

@@ -50,6 +50,7 @@ FocusScope {
                 readonly property real from: cancel.x + cancel.width + Theme.gap
                 readonly property real to: browse.x - Theme.gap
                 width: Math.max(0, Math.min(Math.ceil(implicitWidth), to - from))
+                visible: width > 2 * size
                 x: Math.round(Math.max(from, Math.min((parent.width - width) / 2, to - width)))
                 anchors.verticalCenter: parent.verticalCenter
                 horizontalAlignment: Text.AlignHCenter
@@ -61,6 +62,7 @@ FocusScope {
             BarButton {
                 id: browse
                 name: qsTr("Browse files")
+                width: Math.min(implicitWidth, parent.width - cancel.width - 3 * Theme.gap)
                 fontSize: 13
                 anchors.right: parent.right
                 anchors.rightMargin: Theme.gap
