@@ -1,5 +1,6 @@
 #include "hosts/desktop/FolderPhotoLibrary.h"
 
+#include "platform/foundation/TemporaryFiles.h"
 #include "platform/graphics/PngWriter.h"
 
 #include <algorithm>
@@ -77,7 +78,7 @@ Result<std::string> FolderPhotoLibrary::store(std::span<const std::byte> png) {
     // The document is written under a hidden name first and then given the first free name; a name is taken by a hard
     // link, which never replaces, so two programs that save in the same second both keep their pictures.
     const std::string stem = "Mockup " + now_();
-    const std::string draft = appendPathComponent(folder_, ".quillomat-" + std::to_string(::getpid()) + "-" + stem);
+    const std::string draft = appendPathComponent(folder_, temporaryFileName());
     if (const auto written = files_.write(draft, png); !written) {
         return Failure{written.reason()};
     }

@@ -1,15 +1,13 @@
 #include "platform/foundation/FileManager.h"
 
+#include "platform/foundation/TemporaryFiles.h"
 #include "platform/foundation/Trace.h"
 
 #include <algorithm>
-#include <array>
 #include <cctype>
 #include <cerrno>
-#include <cstdio>
 #include <filesystem>
 #include <optional>
-#include <random>
 #include <system_error>
 #include <utility>
 
@@ -117,16 +115,12 @@ std::string parentFolder(const std::string& path) {
     return slash == 0 ? "/" : path.substr(0, slash);
 }
 
-/// A new file beside the one it is to become, which vanishes again unless it is published. Its name is of our own
-/// choosing, so that no scan takes it for an imported definition.
+/// A new file beside the one it is to become, which vanishes again unless it is published.
 class TemporarySibling {
 public:
     static Result<std::shared_ptr<TemporarySibling>> makeFor(const std::string& target) {
-        std::random_device random;
         for (int attempt = 0; attempt < 16; ++attempt) {
-            std::array<char, 48> name{};
-            std::snprintf(name.data(), name.size(), ".quillomat-%08x%08x.tmp", random(), random());
-            std::string path = appendPathComponent(parentFolder(target), name.data());
+            std::string path = appendPathComponent(parentFolder(target), temporaryFileName());
             FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666));
             if (file.isOpen()) {
                 return std::make_shared<TemporarySibling>(std::move(file), std::move(path), target);
@@ -274,12 +268,24 @@ Result<Bytes> SystemFileManager::read(const std::string& path, std::uint64_t lim
     return bytes;
 }
 
+/// Where something is written, a writer may have been killed before.
+void SystemFileManager::sweepOnce(const std::string& folder) {
+    {
+        const std::scoped_lock lock(sweeping_);
+        if (!swept_.insert(folder).second) {
+            return;
+        }
+    }
+    removeStaleTemporaryFiles(folder);
+}
+
 Status SystemFileManager::write(const std::string& path, std::span<const std::byte> bytes) {
     trace::Span span("write file");
     span.note("bytes", static_cast<std::int64_t>(bytes.size()));
     if (!isUsable(path)) {
         return unusablePath;
     }
+    sweepOnce(parentFolder(path));
     const auto sibling = TemporarySibling::makeFor(path);
     if (!sibling) {
         return Failure{sibling.reason()};
@@ -303,6 +309,7 @@ Status SystemFileManager::copy(const std::string& from, const std::string& to) {
     if (::lstat(to.c_str(), &info) == 0) {
         return systemFailure(EEXIST);
     }
+    sweepOnce(parentFolder(to));
     const auto sibling = TemporarySibling::makeFor(to);
     if (!sibling) {
         return Failure{sibling.reason()};

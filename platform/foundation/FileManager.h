@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <mutex>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
@@ -33,7 +35,8 @@ public:
     virtual Status remove(const std::string& path) = 0;
 };
 
-/// The machine's own files. Temporary siblings are hidden files that never have ".cfg" in their names.
+/// The machine's own files. Temporary siblings are hidden files (TemporaryFiles.h); the first write into a folder
+/// removes those that killed programs left there.
 class SystemFileManager final : public FileManager {
 public:
     [[nodiscard]] bool fileExists(const std::string& path) const override;
@@ -42,6 +45,12 @@ public:
     Status write(const std::string& path, std::span<const std::byte> bytes) override;
     Status copy(const std::string& from, const std::string& to) override;
     Status remove(const std::string& path) override;
+
+private:
+    void sweepOnce(const std::string& folder);
+
+    std::mutex sweeping_;
+    std::set<std::string> swept_;
 };
 
 /// Appends one component with exactly one separator between.
