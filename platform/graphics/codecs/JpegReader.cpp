@@ -259,9 +259,10 @@ struct Reduction {
     PixelRect part;
 };
 
-/// The library reduces by eighths at no cost; the smallest that still has `minimum` is chosen.
+/// The smallest reduction that still has `minimum`, of those that spare work: the library has fast code for these alone,
+/// and by 5, 6 or 7 eighths it takes half as long again as for the whole picture.
 Reduction reductionFor(PixelSize stored, const PixelRect& part, PixelSize minimum) {
-    for (unsigned int eighths = minimum.isEmpty() ? 8 : 1; eighths < 8; ++eighths) {
+    for (unsigned int eighths = minimum.isEmpty() ? 8 : 1; eighths < 8; eighths *= 2) {
         const auto across = reducedBy(eighths, part.x, part.width, stored.width);
         const auto down = reducedBy(eighths, part.y, part.height, stored.height);
         if (across && down && across->length() >= minimum.width && down->length() >= minimum.height) {

@@ -251,7 +251,7 @@ TEST(JpegReader, reducedDecodingHasAtLeastWhatIsAskedFor) {
     for (const auto& [minimum, expected] :
          {std::pair{PixelSize{80, 50}, PixelSize{80, 50}}, std::pair{PixelSize{81, 50}, PixelSize{160, 100}},
           std::pair{PixelSize{320, 10}, PixelSize{320, 200}}, std::pair{PixelSize{9000, 9000}, PixelSize{640, 400}},
-          std::pair{PixelSize{0, 0}, PixelSize{80, 50}}}) {
+          std::pair{PixelSize{321, 10}, PixelSize{640, 400}}, std::pair{PixelSize{0, 0}, PixelSize{80, 50}}}) {
         const Result<Bitmap> decoded = decodeImageReduced(asBytes(whole), minimum);
         ASSERT_TRUE(decoded) << decoded.reason();
         EXPECT_EQ(decoded->size(), expected);
