@@ -129,11 +129,23 @@ void addRenderCommand(CLI::App& app, const GlobalOptions& options, Run& run) {
     render->add_flag("--blur", job->blur, "Blur the background");
     render->add_flag("--glare", job->glare, "Draw the mockup's glare");
     render->add_flag("--best", job->best, "The smallest file, written more slowly");
+    render->add_option("--dump", job->dump, "Write what is drawn to this file as well, for replay")->type_name("FILE");
     render
         ->add_option("-o,--output", job->output,
                      "The picture to write; - is standard output; default: the pictures folder")
         ->type_name("OUT");
     render->callback([&options, &run, job] { run = [&options, job] { return runRender(options, *job); }; });
+}
+
+void addReplayCommand(CLI::App& app, const GlobalOptions& options, Run& run) {
+    auto job = std::make_shared<ReplayJob>();
+    auto* replay = app.add_subcommand("replay", "Draws again what render --dump wrote");
+    replay->add_option("FILE", job->recording, "A recording; - is standard input")->required();
+    replay->add_flag("--best", job->best, "The smallest file, written more slowly");
+    replay->add_option("-o,--output", job->output, "The picture to write; - is standard output")
+        ->required()
+        ->type_name("OUT");
+    replay->callback([&options, &run, job] { run = [&options, job] { return runReplay(options, *job); }; });
 }
 
 void addDocumentCommands(CLI::App& app, const GlobalOptions& options, Run& run) {
@@ -276,6 +288,7 @@ int runCommandLine(int argc, char** argv) {
     addGlobalOptions(app, options);
     addCatalogueCommands(app, options, run);
     addRenderCommand(app, options, run);
+    addReplayCommand(app, options, run);
     addDocumentCommands(app, options, run);
     addWebCommands(app, options, run);
     try {

@@ -9,6 +9,7 @@
 #include "hosts/desktop/FolderPhotoLibrary.h"
 #include "hosts/desktop/UserFolders.h"
 #include "platform/graphics/ImageFile.h"
+#include "platform/graphics/RecordingFile.h"
 
 #include <array>
 #include <chrono>
@@ -185,6 +186,15 @@ Status checkDecoded(const EditingViewController& editor, const RenderJob& job, c
     return {};
 }
 
+Status dump(World& world, const std::string& path, const Image& composed) {
+    const Recording* recording = composed ? composed.source()->recording() : nullptr;
+    if (recording == nullptr) {
+        return Failure{"nothing was recorded"};
+    }
+    const auto bytes = writeRecordingFile(*recording);
+    return bytes ? writeOutputFile(world.files(), path, *bytes) : Status(Failure{bytes.reason()});
+}
+
 Result<std::string> deliver(World& world, const RenderJob& job, const Image& saved) {
     if (!job.output) {
         FolderPhotoLibrary library(picturesDirectory(processEnvironment()), world.files());
@@ -208,6 +218,10 @@ Result<std::string> deliver(World& world, const RenderJob& job, const Image& sav
 Result<RenderReport> renderMockup(World& world, const RenderJob& job) {
     const auto start = steady_clock::now();
     world.platform().savedEffort = job.best ? PngEffort::best : PngEffort::fast;
+    Image composed;
+    if (job.dump) {
+        world.platform().composed = [&composed](const Image& picture) { composed = picture; };
+    }
     Application application(world.platform());
     const auto editor =
         std::dynamic_pointer_cast<EditingViewController>(application.storyboard().instantiate("editingViewController"));
@@ -242,6 +256,9 @@ Result<RenderReport> renderMockup(World& world, const RenderJob& job) {
     const Image& saved = world.photos().saved();
     if (!saved) {
         return Failure{job.mockup + ": no picture was composed"};
+    }
+    if (const auto dumped = job.dump ? dump(world, *job.dump, composed) : Status(); !dumped) {
+        return Failure{*job.dump + ": " + dumped.reason()};
     }
     const auto output = deliver(world, job, saved);
     if (!output) {

@@ -20,6 +20,7 @@ struct RenderJob {
     bool blur = false;
     bool glare = false;
     bool best = false;                 // the smallest file, whatever time it takes
+    std::optional<std::string> dump;   // a file for the recording of what is drawn
     std::optional<std::string> output; // a file, "-" for standard output; without one: the pictures folder
 };
 

@@ -16,9 +16,9 @@ _quillomat() {
     _init_completion -n = || return
 
     local global="--documents --resources --server --cacert --screen-scale --memory --trace --json -v --verbose --help"
-    local commands="list show render import delete update publish"
+    local commands="list show render replay import delete update publish"
     local command="" i takes="--documents --resources --server --cacert --screen-scale --memory --trace \
-        -s --screenshot -b --background --crop -o --output --row"
+        -s --screenshot -b --background --crop --dump -o --output --row"
     local place=0
     for ((i = 1; i < cword; i++)); do
         if [[ " $takes " == *" ${words[i]} "* ]]; then
@@ -30,7 +30,7 @@ _quillomat() {
 
     case $prev in
         --documents | --resources) _filedir -d; return ;;
-        --cacert | --trace) _filedir; return ;;
+        --cacert | --trace | --dump) _filedir; return ;;
         --server | --screen-scale | --memory | --crop | --row) return ;;
         -s | --screenshot | -b | --background) _filedir '@(png|jpg|jpeg|webp|heic|heif|avif)'; return ;;
         -o | --output) _filedir png; return ;;
@@ -40,7 +40,8 @@ _quillomat() {
         local own=""
         case $command in
             "") own="--version" ;;
-            render) own="-s --screenshot -b --background --crop --blur --glare --best -o --output" ;;
+            render) own="-s --screenshot -b --background --crop --blur --glare --best --dump -o --output" ;;
+            replay) own="--best -o --output" ;;
             import) own="--replace" ;;
             update) own="--check" ;;
             publish) own="--row" ;;
@@ -58,6 +59,7 @@ _quillomat() {
             fi
             ;;
         import) _filedir '@(cfg|png)' ;;
+        replay) _filedir ;;
         publish) _filedir -d ;;
     esac
 } && complete -F _quillomat quillomat

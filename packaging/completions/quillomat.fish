@@ -20,11 +20,12 @@ function __quillomat_needs_mockup
     return 0
 end
 
-set -l commands list show render import delete update publish
+set -l commands list show render replay import delete update publish
 complete -c quillomat -f
 complete -c quillomat -n "not __fish_seen_subcommand_from $commands" -a list -d 'Rows and their mockups'
 complete -c quillomat -n "not __fish_seen_subcommand_from $commands" -a show -d "A mockup's definition"
 complete -c quillomat -n "not __fish_seen_subcommand_from $commands" -a render -d 'Put screenshots into a mockup'
+complete -c quillomat -n "not __fish_seen_subcommand_from $commands" -a replay -d 'Draw again what render --dump wrote'
 complete -c quillomat -n "not __fish_seen_subcommand_from $commands" -a import -d 'Copy frames into the documents directory'
 complete -c quillomat -n "not __fish_seen_subcommand_from $commands" -a delete -d 'Remove an imported mockup'
 complete -c quillomat -n "not __fish_seen_subcommand_from $commands" -a update -d 'Fetch the published catalogue'
@@ -48,8 +49,10 @@ complete -c quillomat -n '__fish_seen_subcommand_from render' -s b -l background
 complete -c quillomat -n '__fish_seen_subcommand_from render' -l crop -x -d 'Part of the background: X,Y,W,H'
 complete -c quillomat -n '__fish_seen_subcommand_from render' -l blur -d 'Blur the background'
 complete -c quillomat -n '__fish_seen_subcommand_from render' -l glare -d "Draw the mockup's glare"
-complete -c quillomat -n '__fish_seen_subcommand_from render' -l best -d 'The smallest file'
-complete -c quillomat -n '__fish_seen_subcommand_from render' -s o -l output -r -F -d 'The picture to write'
+complete -c quillomat -n '__fish_seen_subcommand_from render replay' -l best -d 'The smallest file'
+complete -c quillomat -n '__fish_seen_subcommand_from render' -l dump -r -F -d 'File for what is drawn'
+complete -c quillomat -n '__fish_seen_subcommand_from replay' -F
+complete -c quillomat -n '__fish_seen_subcommand_from render replay' -s o -l output -r -F -d 'The picture to write'
 complete -c quillomat -n '__fish_seen_subcommand_from import' -F
 complete -c quillomat -n '__fish_seen_subcommand_from import' -l replace -d 'Replace stored files'
 complete -c quillomat -n '__fish_seen_subcommand_from update' -l check -d 'Only compare'

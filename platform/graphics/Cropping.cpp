@@ -23,6 +23,8 @@ public:
     [[nodiscard]] std::string failure() const override { return whole_->failure(); }
     [[nodiscard]] std::uint64_t encodedLength() const override { return whole_->encodedLength(); }
     [[nodiscard]] SharedBitmap bitmap() const override { return bitmapOfAtLeast(pixelSize()); }
+    [[nodiscard]] std::shared_ptr<const ImageSource> whole() const override { return whole_; }
+    [[nodiscard]] PixelRect part() const override { return part_; }
 
     [[nodiscard]] SharedBitmap bitmapOfAtLeast(PixelSize minimum) const override {
         const std::scoped_lock lock(mutex_);

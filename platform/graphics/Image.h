@@ -51,6 +51,9 @@ public:
     [[nodiscard]] virtual std::uint64_t encodedLength() const { return documentKey().length; }
     /// That document, read again where it lies in a file; null where there is none, or none any more.
     [[nodiscard]] virtual SharedDocument document() const { return nullptr; }
+    /// The picture that this one is cut out of, and the part of it, for sources that are one.
+    [[nodiscard]] virtual std::shared_ptr<const ImageSource> whole() const { return nullptr; }
+    [[nodiscard]] virtual PixelRect part() const { return {}; }
     /// The recording behind it, for sources that are one.
     [[nodiscard]] virtual const Recording* recording() const { return nullptr; }
 };
