@@ -32,6 +32,8 @@ Shell::Shell(Platform& platform, ShellSettings settings)
 }
 
 Shell::~Shell() {
+    // Mirrors that were told to go later go now: they give their pictures back to the shell.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     delete presentation_;
     qDeleteAll(screens_);
 }
