@@ -181,11 +181,14 @@ QString Shell::text(const QString& english) const {
         QT_TRANSLATE_NOOP("Core", "Deleted mockup named %1"),
         QT_TRANSLATE_NOOP("Core", "There was an issue removing this mockup %1"),
         QT_TRANSLATE_NOOP("Core", "Image saved to camera roll \n\n%1"),
+        QT_TRANSLATE_NOOP("Core", " Mockup created by %1"),
     };
     for (const char* pattern : templates) {
         const QString start = QString::fromUtf8(pattern).chopped(2);
         if (english.startsWith(start)) {
-            return QCoreApplication::translate("Core", pattern).arg(english.mid(start.size()));
+            const QString rest = english.mid(start.size());
+            const bool isCredit = rest.startsWith(u' '); // a text of the core itself
+            return QCoreApplication::translate("Core", pattern).arg(isCredit ? text(rest) : rest);
         }
     }
     return english.isEmpty() ? english : QCoreApplication::translate("Core", english.toUtf8().constData());

@@ -131,6 +131,10 @@
 
 %1</translation>
     </message>
+    <message>
+        <source> Mockup created by %1</source>
+        <translation> Mockup von %1</translation>
+    </message>
 </context>
 <context>
     <name>NavigationBar</name>
@@ -176,6 +180,13 @@
     <message>
         <source>Save</source>
         <translation>Sichern</translation>
+    </message>
+</context>
+<context>
+    <name>GalleryPage</name>
+    <message>
+        <source>Frames</source>
+        <translation>Rahmen</translation>
     </message>
 </context>
 <context>

@@ -54,7 +54,7 @@ Item {
         strong: true
         lineHeight: 1
         horizontalAlignment: Text.AlignHCenter
-        Accessible.ignored: false
+        Accessible.ignored: text === "" || !root.enabled
         Accessible.role: Accessible.Heading
         Accessible.name: text
     }

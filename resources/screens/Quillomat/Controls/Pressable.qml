@@ -30,6 +30,7 @@ Item {
     objectName: name
 
     Accessible.role: Accessible.Button
+    Accessible.ignored: parent !== null && !parent.enabled // something stands before it
     Accessible.name: name
     // The toolkit's bridge does not say what is disabled.
     Accessible.description: available ? hint : qsTr("Not available")

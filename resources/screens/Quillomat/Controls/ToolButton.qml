@@ -8,13 +8,15 @@ Pressable {
     property string label: name
     property string icon: ""
     property bool prominent: false
+    property bool toggles: false
     property bool on: false
     readonly property color ink: prominent || on ? Theme.accent : Theme.text
 
     implicitHeight: Theme.toolHeight
     ringRadius: Theme.wellRadius
 
-    Accessible.checkable: false
+    Accessible.checkable: toggles
+    Accessible.checked: on
 
     Rectangle {
         anchors.fill: parent

@@ -13,6 +13,8 @@ PickerFrame {
         model: root.folder
         reuseItems: true
         keyNavigationEnabled: true
+        activeFocusOnTab: true
+        onCountChanged: if (currentIndex < 0 && count > 0) currentIndex = 0
         Accessible.role: Accessible.List
         Accessible.name: root.folder.folderName
         Keys.onReturnPressed: currentItem?.trigger()

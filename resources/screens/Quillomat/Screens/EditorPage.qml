@@ -53,6 +53,7 @@ ScreenPage {
                 opacity: isDrawn ? 1 : 0
                 Behavior on opacity { NumberAnimation { duration: Theme.fade } }
                 Accessible.role: Accessible.Graphic
+                Accessible.ignored: !enabled
                 Accessible.name: qsTr("Preview")
             }
             Loader {
@@ -78,15 +79,21 @@ ScreenPage {
 
         /// The arrow keys go from tool to tool, past those that the mockup does not take.
         function step(by: int): void {
-            const all = children.filter(tool => tool.enabled);
-            const now = all.findIndex(tool => tool.activeFocus);
-            all[Math.max(0, Math.min(all.length - 1, now + by))]?.forceActiveFocus(Qt.TabFocusReason);
+            let now = 0;
+            while (now < children.length && !children[now].activeFocus)
+                ++now;
+            for (now += by; now >= 0 && now < children.length; now += by)
+                if (children[now].enabled) {
+                    children[now].forceActiveFocus(Qt.TabFocusReason);
+                    return;
+                }
         }
 
         columns: Math.ceil(5 / rowsBeside)
         x: root.sideways ? stage.width : Math.round((parent.width - width) / 2)
         y: root.sideways ? Math.round((stage.height - height) / 2) : stage.height
         Accessible.role: Accessible.ToolBar
+        Accessible.ignored: !enabled
         Accessible.name: qsTr("Tools")
         Keys.onLeftPressed: step(-1)
         Keys.onRightPressed: step(1)
@@ -125,6 +132,7 @@ ScreenPage {
             height: tools.cellHeight
             name: qsTr("Glare")
             icon: "glare"
+            toggles: true
             on: root.screen.showsGlare
             available: root.screen.glareEnabled
             onTriggered: root.screen.press(EditorScreen.Glare)

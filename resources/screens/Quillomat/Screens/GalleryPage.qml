@@ -43,9 +43,11 @@ ScreenPage {
         topMargin: root.screen.margin * zoom
         bottomMargin: root.screen.margin * zoom
         keyNavigationEnabled: true
+        activeFocusOnTab: true
         highlightMoveDuration: Theme.fade
         Accessible.role: Accessible.List
-        Accessible.name: root.screen.title
+        Accessible.name: qsTr("Frames")
+        Accessible.ignored: !enabled
         Component.onCompleted: { positionViewAtBeginning(); isSettled = true; remember(); }
         onContentYChanged: remember()
         onWidthChanged: unsettle()

@@ -21,8 +21,10 @@ ScreenPage {
         cacheBuffer: 4 * root.screen.rows.rowHeight
         boundsBehavior: Flickable.DragAndOvershootBounds
         keyNavigationEnabled: true
+        activeFocusOnTab: true
         highlightMoveDuration: Theme.fade
         Accessible.role: Accessible.List
+        Accessible.ignored: !enabled
         Accessible.name: root.screen.title
         Keys.onReturnPressed: if (currentIndex >= 0) root.screen.select(currentIndex)
         Keys.onEnterPressed: if (currentIndex >= 0) root.screen.select(currentIndex)

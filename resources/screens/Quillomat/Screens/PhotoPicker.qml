@@ -3,11 +3,13 @@ import QtQuick
 import Quillomat.Controls
 import Quillomat.Theme
 
-Item {
+FocusScope {
     id: root
 
     required property QtObject presentation
     property real shown: 0
+
+    anchors.fill: parent
 
     PickerFrame {
         id: picker
@@ -30,6 +32,8 @@ Item {
             reuseItems: true
             cacheBuffer: Math.max(0, height)
             keyNavigationEnabled: true
+            activeFocusOnTab: true
+            onCountChanged: if (currentIndex < 0 && count > 0) currentIndex = 0
             Accessible.role: Accessible.List
             Accessible.name: picker.folder.folderName
             Keys.onReturnPressed: currentItem?.trigger()
