@@ -86,6 +86,20 @@ void MakeOpaque(const std::uint8_t* rgbx, std::uint8_t* rgba, std::size_t pixels
     }
 }
 
+void AddBytes(const std::uint8_t* bytes, std::uint16_t* sums, std::size_t count) {
+    std::size_t i = 0;
+#if HWY_TARGET != HWY_SCALAR
+    const hn::ScalableTag<std::uint16_t> d16;
+    const hn::Rebind<std::uint8_t, decltype(d16)> d8;
+    for (; i + hn::Lanes(d16) <= count; i += hn::Lanes(d16)) {
+        hn::StoreU(hn::Add(hn::LoadU(d16, sums + i), hn::PromoteTo(d16, hn::LoadU(d8, bytes + i))), d16, sums + i);
+    }
+#endif
+    for (; i < count; ++i) {
+        sums[i] = static_cast<std::uint16_t>(sums[i] + bytes[i]);
+    }
+}
+
 } // namespace HWY_NAMESPACE
 } // namespace quillomat::codecs
 HWY_AFTER_NAMESPACE();
@@ -96,6 +110,7 @@ namespace {
 
 HWY_EXPORT(Premultiply);
 HWY_EXPORT(MakeOpaque);
+HWY_EXPORT(AddBytes);
 
 constexpr std::uint8_t overAlpha(unsigned color, unsigned alpha) {
     return static_cast<std::uint8_t>(std::min(255U, (color * 255 + alpha / 2) / alpha));
@@ -125,6 +140,10 @@ void premultiply(const std::uint8_t* straight, std::uint8_t* premultiplied, std:
 
 void makeOpaque(const std::uint8_t* rgbx, std::uint8_t* rgba, std::size_t pixels) {
     HWY_DYNAMIC_DISPATCH(MakeOpaque)(rgbx, rgba, pixels);
+}
+
+void addBytes(const std::uint8_t* bytes, std::uint16_t* sums, std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(AddBytes)(bytes, sums, count);
 }
 
 void unpremultiply(const std::uint8_t* premultiplied, std::uint8_t* straight, std::size_t pixels) {

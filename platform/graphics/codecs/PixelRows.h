@@ -13,6 +13,8 @@ void premultiply(const std::uint8_t* straight, std::uint8_t* premultiplied, std:
 void unpremultiply(const std::uint8_t* premultiplied, std::uint8_t* straight, std::size_t pixels);
 /// RGBA: each alpha becomes 255. In place or apart.
 void makeOpaque(const std::uint8_t* rgbx, std::uint8_t* rgba, std::size_t pixels);
+/// Adds each byte to its sum, which must not overflow.
+void addBytes(const std::uint8_t* bytes, std::uint16_t* sums, std::size_t count);
 /// Whether every alpha is 255.
 [[nodiscard]] bool allOpaque(const std::uint8_t* rgba, std::size_t pixels);
 

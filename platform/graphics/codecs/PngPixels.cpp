@@ -142,6 +142,10 @@ private:
     std::vector<ByteSpan>::const_iterator end_;
 };
 
+bool isZero(const std::uint8_t* bytes, std::size_t count) {
+    return bytes[0] == 0 && std::memcmp(bytes, bytes + 1, count - 1) == 0;
+}
+
 using FinishedRows = std::array<std::uint8_t*, rowsAtOnce>;
 
 /// Takes filtered rows in groups and gives finished pixels.
@@ -197,10 +201,6 @@ public:
     void lookAbove() { isAboveEmpty_ = isZero(pixelRow(0), width_ * 4); }
 
 private:
-    [[nodiscard]] static bool isZero(const std::uint8_t* bytes, std::size_t count) {
-        return bytes[0] == 0 && std::memcmp(bytes, bytes + 1, count - 1) == 0;
-    }
-
     /// Row 0 is the last one of the group before.
     [[nodiscard]] std::uint8_t* pixelRow(std::size_t i) { return pixels_.data() + i * stride_ + unfilterPadding; }
 
@@ -229,64 +229,128 @@ private:
 constexpr int groupRows = static_cast<int>(rowsAtOnce);
 constexpr std::size_t streamedBytes = std::size_t{256} << 10;
 
-/// Turns filtered rows into runs.
-class SparseReader {
-public:
-    SparseReader(const PngHeader& header, const ColorConversion& conversion)
-        : size_({static_cast<int>(header.width), static_cast<int>(header.height)})
-        , pixelBytes_(header.hasAlpha() ? 4 : 3)
-        , finisher_(size_.width, pixelBytes_, conversion)
-        , maker_(size_)
-        , finished_(std::size_t{header.width} * 4 * rowsAtOnce) {
-        for (std::size_t i = 0; i < rowsAtOnce; ++i) {
-            rows_[i] = finished_.data() + i * header.width * 4;
-        }
+/// Finished rows one after the other, of which no more than a few are there at a time. A sink takes rows, and is told
+/// of those that are the row before again.
+template <typename Sink>
+[[nodiscard]] bool streamRows(const std::vector<ByteSpan>& compressed, const PngHeader& header,
+                              const ColorConversion& conversion, Sink& sink) {
+    const auto height = static_cast<int>(header.height);
+    const std::size_t pixelBytes = header.hasAlpha() ? 4 : 3;
+    const std::size_t rowBytes = std::size_t{header.width} * pixelBytes + 1;
+    const int buffered = groupRows * std::max(1, static_cast<int>(streamedBytes / (rowBytes * rowsAtOnce)));
+    std::vector<std::uint8_t> filtered(rowBytes * static_cast<std::size_t>(std::min(buffered, height)));
+    std::vector<std::uint8_t> finished(std::size_t{header.width} * 4 * rowsAtOnce);
+    FinishedRows rows{};
+    for (std::size_t i = 0; i < rowsAtOnce; ++i) {
+        rows[i] = finished.data() + i * header.width * 4;
     }
-
-    [[nodiscard]] std::shared_ptr<const SparsePicture> read(StreamInflater& inflater) {
-        const std::size_t rowBytes = static_cast<std::size_t>(size_.width) * pixelBytes_ + 1;
-        const int groups = std::max(1, static_cast<int>(streamedBytes / (rowBytes * rowsAtOnce)));
-        std::vector<std::uint8_t> filtered(rowBytes * rowsAtOnce * static_cast<std::size_t>(groups));
-        for (int first = 0; first < size_.height; first += groups * groupRows) {
-            const int count = std::min(groups * groupRows, size_.height - first);
-            if (!inflater.read(std::span(filtered).first(rowBytes * static_cast<std::size_t>(count)))) {
-                return nullptr;
-            }
-            for (int y = 0; y < count; y += groupRows) {
-                if (!add(std::min(groupRows, count - y), filtered.data() + rowBytes * static_cast<std::size_t>(y))) {
-                    return nullptr;
-                }
-            }
-        }
-        return inflater.isAtEnd() ? maker_.finish() : nullptr;
-    }
-
-private:
-    [[nodiscard]] bool add(int count, const std::uint8_t* filtered) {
-        if (finisher_.areRepeated(count, filtered)) {
-            for (int i = 0; i < count; ++i) {
-                maker_.repeatRow();
-            }
+    StreamInflater inflater(compressed);
+    RowFinisher finisher(static_cast<int>(header.width), pixelBytes, conversion);
+    const auto take = [&](int count, const std::uint8_t* group) {
+        if (finisher.areRepeated(count, group)) {
+            sink.repeat(count);
             return true;
         }
-        if (!finisher_.finish(count, filtered, rows_)) {
+        if (!finisher.finish(count, group, rows)) {
             return false;
         }
         for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
-            maker_.addRow(rows_[i]);
+            sink.take(rows[i]);
         }
-        if (maker_.lastRowIsEmpty()) {
-            finisher_.lookAbove();
+        if (sink.lastRowIsEmpty()) {
+            finisher.lookAbove();
         }
         return true;
+    };
+    for (int first = 0; first < height; first += buffered) {
+        const int count = std::min(buffered, height - first);
+        if (!inflater.read(std::span(filtered).first(rowBytes * static_cast<std::size_t>(count)))) {
+            return false;
+        }
+        for (int y = 0; y < count; y += groupRows) {
+            if (!take(std::min(groupRows, count - y), filtered.data() + rowBytes * static_cast<std::size_t>(y))) {
+                return false;
+            }
+        }
+    }
+    return inflater.isAtEnd();
+}
+
+class RunSink {
+public:
+    explicit RunSink(PixelSize size) : maker_(size) {}
+
+    void take(const std::uint8_t* row) { maker_.addRow(row); }
+    void repeat(int count) {
+        for (int i = 0; i < count; ++i) {
+            maker_.repeatRow();
+        }
+    }
+    [[nodiscard]] bool lastRowIsEmpty() const { return maker_.lastRowIsEmpty(); }
+    [[nodiscard]] std::shared_ptr<const SparsePicture> finish() { return maker_.finish(); }
+
+private:
+    SparsePictureMaker maker_;
+};
+
+/// Averages boxes of pixels: down into sums of columns first, then across.
+class BoxSink {
+public:
+    BoxSink(PixelSize size, int factor)
+        : factor_(factor)
+        , bitmap_({size.width / factor, size.height / factor})
+        , last_(static_cast<std::size_t>(size.width) * 4)
+        , sums_(last_.size()) {}
+
+    void take(const std::uint8_t* row) {
+        add(row);
+        std::copy_n(row, last_.size(), last_.begin());
+        isEmpty_ = isZero(row, last_.size());
+    }
+    void repeat(int count) {
+        for (int i = 0; i < count; ++i) {
+            add(last_.data());
+        }
+    }
+    [[nodiscard]] bool lastRowIsEmpty() const { return isEmpty_; }
+    [[nodiscard]] Bitmap finish() { return std::move(bitmap_); }
+
+private:
+    void add(const std::uint8_t* row) {
+        addBytes(row, sums_.data(), sums_.size());
+        if (++rows_ % factor_ == 0) {
+            emit(bitmap_.row(rows_ / factor_ - 1));
+        }
     }
 
-    PixelSize size_;
-    std::size_t pixelBytes_;
-    RowFinisher finisher_;
-    SparsePictureMaker maker_;
-    std::vector<std::uint8_t> finished_;
-    FinishedRows rows_{};
+    /// A pixel's four sums are added as one number: none of them grows beyond its 16 bits.
+    void emit(std::uint8_t* out) {
+        const auto count = static_cast<std::uint32_t>(factor_ * factor_);
+        const std::uint32_t reciprocal = (1U << 24) / count + 1;
+        const std::uint16_t* sum = sums_.data();
+        for (int x = 0; x < bitmap_.width(); ++x, out += 4) {
+            std::uint64_t box = 0;
+            for (int i = 0; i < factor_; ++i, sum += 4) {
+                std::uint64_t pixel = 0;
+                std::memcpy(&pixel, sum, sizeof pixel);
+                box += pixel;
+            }
+            std::array<std::uint16_t, 4> channels{};
+            std::memcpy(channels.data(), &box, sizeof box);
+            for (std::size_t channel = 0; channel < 4; ++channel) {
+                const std::uint64_t rounded = channels[channel] + count / 2;
+                out[channel] = static_cast<std::uint8_t>(rounded * reciprocal >> 24);
+            }
+        }
+        std::fill(sums_.begin(), sums_.end(), std::uint16_t{0});
+    }
+
+    int factor_;
+    Bitmap bitmap_;
+    std::vector<std::uint8_t> last_;
+    std::vector<std::uint16_t> sums_;
+    int rows_ = 0;
+    bool isEmpty_ = true;
 };
 
 } // namespace
@@ -329,8 +393,29 @@ std::shared_ptr<const SparsePicture> decodeSparsePixels(ByteSpan bytes, const Pn
     if (!compressed) {
         return nullptr;
     }
-    StreamInflater inflater(compressed->pieces());
-    return SparseReader(header, conversion).read(inflater);
+    RunSink sink({static_cast<int>(header.width), static_cast<int>(header.height)});
+    return streamRows(compressed->pieces(), header, conversion, sink) ? sink.finish() : nullptr;
+}
+
+int reductionFor(PixelSize size, PixelSize minimum) {
+    if (minimum.isEmpty()) {
+        return 1;
+    }
+    int factor = std::min({size.width / minimum.width, size.height / minimum.height, largestReduction});
+    while (factor > 1 && (size.width % factor != 0 || size.height % factor != 0)) {
+        --factor;
+    }
+    return std::max(factor, 1);
+}
+
+std::optional<Bitmap> decodeReducedPixels(ByteSpan bytes, const PngHeader& header, const ColorConversion& conversion,
+                                          int factor) {
+    const std::optional<CompressedPixels> compressed = CompressedPixels::find(bytes);
+    if (!compressed) {
+        return std::nullopt;
+    }
+    BoxSink sink({static_cast<int>(header.width), static_cast<int>(header.height)}, factor);
+    return streamRows(compressed->pieces(), header, conversion, sink) ? std::optional(sink.finish()) : std::nullopt;
 }
 
 } // namespace quillomat::codecs

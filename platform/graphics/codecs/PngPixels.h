@@ -26,4 +26,12 @@ namespace quillomat::codecs {
 [[nodiscard]] std::shared_ptr<const SparsePicture> decodeSparsePixels(ByteSpan bytes, const PngHeader& header,
                                                                       const ColorConversion& conversion);
 
+/// The sum of a box's bytes stays below 2^16.
+constexpr int largestReduction = 16;
+/// The most pixels a side whose average may stand for them: `minimum` remains, and no pixel is left over at an edge.
+[[nodiscard]] int reductionFor(PixelSize size, PixelSize minimum);
+/// The whole picture, each square of `factor` x `factor` premultiplied pixels averaged; `factor` divides both sides.
+[[nodiscard]] std::optional<Bitmap> decodeReducedPixels(ByteSpan bytes, const PngHeader& header,
+                                                        const ColorConversion& conversion, int factor);
+
 } // namespace quillomat::codecs

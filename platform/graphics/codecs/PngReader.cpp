@@ -187,7 +187,7 @@ Result<Bitmap> decodeByLibpng(const Reader& reader, const Input& input, const Pn
     return bitmap;
 }
 
-Result<Bitmap> decodeWith(ByteSpan bytes, const ImageLimits& limits, bool libpngAlone) {
+Result<Bitmap> decodeWith(ByteSpan bytes, PixelSize minimum, const ImageLimits& limits, bool libpngAlone) {
     const Result<PngHeader> header = readPngHeader(bytes, limits);
     if (!header) {
         return Failure{header.reason()};
@@ -203,7 +203,10 @@ Result<Bitmap> decodeWith(ByteSpan bytes, const ImageLimits& limits, bool libpng
     const ColorConversion conversion =
         conversionOf(reader.png, reader.info, header->hasColor() ? ColorModel::rgb : ColorModel::gray);
     if (!libpngAlone && hasPlainPixels(*header)) {
-        if (std::optional<Bitmap> bitmap = decodePlainPixels(bytes, *header, conversion)) {
+        const PixelSize size{static_cast<int>(header->width), static_cast<int>(header->height)};
+        const int factor = reductionFor(size, uprightSize(minimum, header->orientation));
+        if (std::optional<Bitmap> bitmap = factor > 1 ? decodeReducedPixels(bytes, *header, conversion, factor)
+                                                      : decodePlainPixels(bytes, *header, conversion)) {
             return turnUpright(std::move(*bitmap), header->orientation);
         }
     }
@@ -214,8 +217,8 @@ Result<Bitmap> decodeWith(ByteSpan bytes, const ImageLimits& limits, bool libpng
     return turnUpright(std::move(bitmap).value(), header->orientation);
 }
 
-Result<Bitmap> decode(ByteSpan bytes, PixelSize /*minimum*/, const ImageLimits& limits) {
-    return decodeWith(bytes, limits, /*libpngAlone=*/false);
+Result<Bitmap> decode(ByteSpan bytes, PixelSize minimum, const ImageLimits& limits) {
+    return decodeWith(bytes, minimum, limits, /*libpngAlone=*/false);
 }
 
 std::shared_ptr<const SparsePicture> decodeSparse(ByteSpan bytes, const ImageLimits& limits) {
@@ -234,7 +237,7 @@ std::shared_ptr<const SparsePicture> decodeSparse(ByteSpan bytes, const ImageLim
 } // namespace
 
 Result<Bitmap> decodePngByLibpng(ByteSpan bytes, const ImageLimits& limits) {
-    return decodeWith(bytes, limits, /*libpngAlone=*/true);
+    return decodeWith(bytes, {}, limits, /*libpngAlone=*/true);
 }
 
 const Codec pngCodec{ImageFormat::png, "PNG", sniff, readHeader, decode, nullptr, decodeSparse};

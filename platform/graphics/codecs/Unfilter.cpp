@@ -4,6 +4,7 @@
 // result moved by one lane, and those above-left are what was above.
 #include "platform/graphics/codecs/Unfilter.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 #undef HWY_TARGET_INCLUDE
@@ -153,6 +154,17 @@ HWY_INLINE Pixels Step(Pixels filtered, Pixels aboveFirst, const FilterMasks& ma
     return hn::BitCast(d32, walk.left);
 }
 
+/// Whether nothing is added to four pixels of each row, and all that they could be predicted from is one colour: then
+/// every filter predicts that colour, but for the one that predicts nothing.
+HWY_INLINE bool IsFlat(Pixels filtered, Pixels above, const Walk& walk) {
+    const Lanes32 d32;
+    const Pixels left = hn::BitCast(d32, walk.left);
+    const Pixels aboveLeft = hn::BitCast(d32, walk.aboveLeft);
+    const Pixels unlike =
+        hn::Or(hn::Or(hn::Xor(above, left), hn::Xor(above, aboveLeft)), hn::Xor(above, hn::Shuffle0321(above)));
+    return hn::AllTrue(d32, hn::Or(filtered, unlike) == hn::Zero(d32));
+}
+
 template <int pixelBytes, bool hasAverage, bool hasPaeth>
 HWY_INLINE void UnfilterRows(const RowGroup& rows, std::size_t width) {
     const Lanes32 d32;
@@ -161,14 +173,23 @@ HWY_INLINE void UnfilterRows(const RowGroup& rows, std::size_t width) {
     HWY_ALIGN static constexpr std::array<std::uint32_t, rowsAtOnce> onlyFirst{~std::uint32_t{0}, 0, 0, 0};
     const Pixels first = hn::Load(d32, onlyFirst.data());
     Walk walk{hn::Zero(Lanes8()), hn::Zero(Lanes8())};
+    const bool allPredict = std::find(rows.filters.begin(), rows.filters.end(), 0) == rows.filters.end();
     const auto end = static_cast<std::ptrdiff_t>(width + rowsAtOnce - 1);
     for (std::ptrdiff_t x = 0; x < end; x += 4) {
         Pixels a = LoadFour<pixelBytes>(rows.filtered[0] + x * pixelBytes);
         Pixels b = LoadFour<pixelBytes>(rows.filtered[1] + (x - 1) * pixelBytes);
         Pixels c = LoadFour<pixelBytes>(rows.filtered[2] + (x - 2) * pixelBytes);
         Pixels d = LoadFour<pixelBytes>(rows.filtered[3] + (x - 3) * pixelBytes);
-        Transpose(a, b, c, d);
         const Pixels above = hn::BitCast(d32, hn::LoadU(Lanes8(), rows.above + x * 4));
+        if (IsFlat(hn::Or(hn::Or(a, b), hn::Or(c, d)), above, walk) &&
+            (allPredict || hn::AllTrue(d32, above == hn::Zero(d32)))) {
+            const auto flat = hn::BitCast(Lanes8(), above);
+            for (std::size_t row = 0; row < rowsAtOnce; ++row) {
+                hn::StoreU(flat, Lanes8(), rows.pixels[row] + (x - static_cast<std::ptrdiff_t>(row)) * 4);
+            }
+            continue;
+        }
+        Transpose(a, b, c, d);
         a = Step<hasAverage, hasPaeth>(a, hn::And(above, first), masks, walk);
         b = Step<hasAverage, hasPaeth>(b, hn::And(hn::ShiftRightLanes<1>(d32, above), first), masks, walk);
         c = Step<hasAverage, hasPaeth>(c, hn::And(hn::ShiftRightLanes<2>(d32, above), first), masks, walk);

@@ -40,6 +40,24 @@ TEST(PixelRows, premultipliedColorsAreTheNearestOnes) {
     });
 }
 
+TEST(PixelRows, bytesAreAddedToTheirSums) {
+    onEveryTarget([&](const char* target) {
+        for (const std::size_t count : {0U, 1U, 7U, 64U, 131U}) {
+            std::vector<std::uint8_t> bytes(count);
+            std::vector<std::uint16_t> sums(count + 1);
+            for (std::size_t i = 0; i < count; ++i) {
+                bytes[i] = static_cast<std::uint8_t>(255 - i);
+                sums[i] = static_cast<std::uint16_t>(i * 300);
+            }
+            codecs::addBytes(bytes.data(), sums.data(), count);
+            for (std::size_t i = 0; i < count; ++i) {
+                ASSERT_EQ(sums[i], i * 300 + bytes[i]) << target;
+            }
+            EXPECT_EQ(sums[count], 0) << target << ": nothing is touched behind the last";
+        }
+    });
+}
+
 TEST(PixelRows, everyPremultipliedColorSurvivesBeingMadeStraight) {
     for (int alpha = 1; alpha < 256; ++alpha) {
         for (int color = 0; color <= alpha; ++color) {

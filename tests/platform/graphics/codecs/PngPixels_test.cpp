@@ -120,21 +120,67 @@ Bitmap straightOverlay(PixelSize size, std::mt19937& random) {
 }
 
 TEST(PngPixels, overlaysInRunsAreThoseOfLibpng) {
-    std::mt19937 random(12);
-    for (int i = 0; i < 150; ++i) {
-        const int height = 1 + static_cast<int>(random() % 60);
-        const PixelSize size{1 + static_cast<int>(random() % 300), i == 0 ? 3000 : height};
-        std::vector<std::uint8_t> filters;
-        for (auto count = 1 + random() % 4; count > 0; --count) {
-            filters.push_back(static_cast<std::uint8_t>(random() % 3 == 0 ? 2 : random() % 5));
+    onEveryTarget([](const char* target) {
+        std::mt19937 random(12);
+        for (int i = 0; i < 60; ++i) {
+            const int height = 1 + static_cast<int>(random() % 60);
+            const PixelSize size{1 + static_cast<int>(random() % 300), i == 0 ? 3000 : height};
+            std::vector<std::uint8_t> filters;
+            for (auto count = 1 + random() % 4; count > 0; --count) {
+                filters.push_back(static_cast<std::uint8_t>(random() % 3 == 0 ? 2 : random() % 5));
+            }
+            const auto rows = filteredRows(straightOverlay(size, random), filters);
+            const auto width = static_cast<std::uint32_t>(size.width);
+            expectSameAsLibpng(
+                pngDocument(
+                    {pngHeader(width, static_cast<std::uint32_t>(size.height), 8, 6), {"IDAT", rows}, {"IEND", {}}}),
+                std::string(target) + " " + std::to_string(i));
         }
-        const auto rows = filteredRows(straightOverlay(size, random), filters);
-        const auto width = static_cast<std::uint32_t>(size.width);
-        expectSameAsLibpng(
-            pngDocument(
-                {pngHeader(width, static_cast<std::uint32_t>(size.height), 8, 6), {"IDAT", rows}, {"IEND", {}}}),
-            std::to_string(i));
+    });
+}
+
+Bitmap boxAverages(const Bitmap& whole, int factor) {
+    Bitmap reduced({whole.width() / factor, whole.height() / factor});
+    for (int y = 0; y < reduced.height(); ++y) {
+        for (int i = 0; i < reduced.width() * 4; ++i) {
+            int sum = 0;
+            for (int j = 0; j < factor * factor; ++j) {
+                sum += whole.row(y * factor + j / factor)[(i / 4 * factor + j % factor) * 4 + i % 4];
+            }
+            reduced.row(y)[i] = static_cast<std::uint8_t>((sum + factor * factor / 2) / (factor * factor));
+        }
     }
+    return reduced;
+}
+
+TEST(PngPixels, reducedPicturesAreTheAveragesOfBoxes) {
+    std::mt19937 random(14);
+    for (int factor = 2; factor <= codecs::largestReduction; ++factor) {
+        const PixelSize size{factor * 9, factor * 7};
+        for (const bool isOverlay : {false, true}) {
+            const auto png = isOverlay
+                                 ? pngDocument({pngHeader(static_cast<std::uint32_t>(size.width),
+                                                          static_cast<std::uint32_t>(size.height), 8, 6),
+                                                {"IDAT", filteredRows(straightOverlay(size, random), {2, 2, 4, 1})},
+                                                {"IEND", {}}})
+                                 : written({size.width, size.height, factor % 2 == 0, PNG_ALL_FILTERS}, 3);
+            const Result<Bitmap> judge = codecs::decodePngByLibpng(asBytes(png));
+            ASSERT_TRUE(judge);
+            const Result<Bitmap> reduced = decodeImageReduced(asBytes(png), {9, 1});
+            ASSERT_TRUE(reduced) << reduced.reason();
+            EXPECT_EQ(*reduced, boxAverages(*judge, factor)) << factor;
+        }
+    }
+}
+
+TEST(PngPixels, reductionLeavesWhatIsAskedForAndCutsNoPixel) {
+    EXPECT_EQ(codecs::reductionFor({3000, 3000}, {750, 10}), 4);
+    EXPECT_EQ(codecs::reductionFor({3000, 3000}, {751, 10}), 3);
+    EXPECT_EQ(codecs::reductionFor({3000, 3000}, {10, 10}), 15) << "the largest up to 16 that divides the sides";
+    EXPECT_EQ(codecs::reductionFor({1290, 2796}, {200, 200}), 6);
+    EXPECT_EQ(codecs::reductionFor({1291, 2796}, {200, 200}), 1);
+    EXPECT_EQ(codecs::reductionFor({100, 100}, {101, 1}), 1);
+    EXPECT_EQ(codecs::reductionFor({100, 100}, {}), 1) << "the whole picture";
 }
 
 /// The document with its compressed pixels changed, and the chunks' checksums right.
