@@ -36,7 +36,8 @@ ScreenPage {
         width: Math.min(parent.width, Theme.columnWidth)
         focus: true
         clip: true
-        model: root.screen.names
+        // Without an extent all frames would be within sight, and stay made.
+        model: width > 0 && height > 0 ? root.screen.names : []
         reuseItems: true
         cacheBuffer: Math.max(0, 2 * height)
         spacing: root.screen.spacing * zoom
