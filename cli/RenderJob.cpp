@@ -206,7 +206,7 @@ Result<std::string> deliver(World& world, const RenderJob& job, const Image& sav
         return Failure{*job.output + ": " + png.reason()};
     }
     const Status written =
-        *job.output == "-" ? writeStandardOutput(*png) : writeOutputFile(world.files(), *job.output, *png);
+        *job.output == "-" ? writeStandardOutput(**png) : writeOutputFile(world.files(), *job.output, **png);
     if (!written) {
         return Failure{(*job.output == "-" ? std::string("standard output") : *job.output) + ": " + written.reason()};
     }

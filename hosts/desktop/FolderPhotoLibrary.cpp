@@ -3,7 +3,6 @@
 #include "platform/foundation/TemporaryFiles.h"
 #include "platform/graphics/PngWriter.h"
 
-#include <algorithm>
 #include <array>
 #include <ctime>
 #include <filesystem>
@@ -22,23 +21,14 @@ std::string localTime() {
     return {text.data(), length};
 }
 
-bool isPng(std::span<const std::byte> bytes) {
-    constexpr std::array<unsigned char, 8> signature{0x89, 'P', 'N', 'G', '\r', '\n', 0x1a, '\n'};
-    return bytes.size() > signature.size() &&
-           std::equal(signature.begin(), signature.end(), bytes.begin(),
-                      [](unsigned char a, std::byte b) { return std::byte{a} == b; });
-}
-
 } // namespace
 
-Result<Bytes> pngDocument(const Image& image) {
+Result<SharedDocument> pngDocument(const Image& image) {
     if (!image) {
         return Failure{"there is no picture"};
     }
-    if (const SharedDocument document = image.source()->document(); document && isPng(*document)) {
-        return *document;
-    }
-    return encodePng(image);
+    const auto document = asPngDocument(image);
+    return document ? Result(document->source()->document()) : Failure{document.reason()};
 }
 
 FolderPhotoLibrary::FolderPhotoLibrary(std::string folder, FileManager& files, std::function<std::string()> now)
@@ -63,7 +53,7 @@ void FolderPhotoLibrary::requestAuthorization(std::function<void(PhotoAuthorizat
 
 void FolderPhotoLibrary::writeToSavedPhotosAlbum(const Image& image) {
     const auto png = pngDocument(image);
-    lastWrite_ = png ? store(*png) : Result<std::string>(Failure{png.reason()});
+    lastWrite_ = png ? store(**png) : Result<std::string>(Failure{png.reason()});
 }
 
 Result<std::string> FolderPhotoLibrary::store(std::span<const std::byte> png) {

@@ -38,6 +38,6 @@ private:
 };
 
 /// The picture's PNG document: its own bytes when it is one already, else encoded now.
-[[nodiscard]] Result<Bytes> pngDocument(const Image& image);
+[[nodiscard]] Result<SharedDocument> pngDocument(const Image& image);
 
 } // namespace quillomat
