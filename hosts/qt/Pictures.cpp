@@ -6,7 +6,9 @@
 #include <QQuickTextureFactory>
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstring>
 #include <functional>
 
 namespace quillomat {
@@ -30,6 +32,14 @@ QSize fitted(const PixelSize& picture, const QSize& box, Qt::AspectRatioMode mod
     const QSize scaled = whole.scaled(box, mode);
     // Never larger than the picture.
     return scaled.width() > whole.width() ? whole : scaled.expandedTo({1, 1});
+}
+
+/// R, G, B, A in memory becomes one number 0xAARRGGBB.
+std::uint32_t turned(std::uint32_t pixel) {
+    if constexpr (std::endian::native == std::endian::big) {
+        return pixel >> 8 | pixel << 24;
+    }
+    return (pixel & 0xFF00FF00U) | (pixel & 0xFFU) << 16 | (pixel >> 16 & 0xFFU);
 }
 
 QImage scaledTo(const QImage& image, const QSize& size) {
@@ -182,10 +192,24 @@ QQuickImageResponse* CoreImageProvider::requestImageResponse(const QString& id, 
     return response;
 }
 
+QImage toQImage(const Bitmap& bitmap, int top, int rows) {
+    QImage image(bitmap.width(), rows, QImage::Format_ARGB32_Premultiplied);
+    const auto width = static_cast<std::size_t>(bitmap.width());
+    for (int y = 0; y < rows; ++y) {
+        const std::uint8_t* const from = bitmap.row(top + y);
+        std::uint8_t* const to = image.scanLine(y);
+        for (std::size_t x = 0; x < width; ++x) {
+            std::uint32_t pixel = 0;
+            std::memcpy(&pixel, from + x * 4, 4);
+            pixel = turned(pixel);
+            std::memcpy(to + x * 4, &pixel, 4);
+        }
+    }
+    return image;
+}
+
 QImage toQImage(const Bitmap& bitmap) {
-    const QImage pixels(bitmap.bytes().data(), bitmap.width(), bitmap.height(), static_cast<qsizetype>(bitmap.stride()),
-                        QImage::Format_RGBA8888_Premultiplied);
-    return pixels.copy();
+    return toQImage(bitmap, 0, bitmap.height());
 }
 
 } // namespace quillomat

@@ -63,7 +63,8 @@ private:
     int served_ = 0;
 };
 
-/// A copy of the pixels for the toolkit.
+/// A copy of these rows for the toolkit, in the one format that it uploads and shows without copying it again.
+[[nodiscard]] QImage toQImage(const Bitmap& bitmap, int top, int rows);
 [[nodiscard]] QImage toQImage(const Bitmap& bitmap);
 
 } // namespace quillomat

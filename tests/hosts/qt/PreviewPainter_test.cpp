@@ -1,6 +1,5 @@
 #include "hosts/qt/PreviewPainter.h"
 
-#include "hosts/qt/Pictures.h"
 #include "platform/graphics/Rasterizer.h"
 
 #include <gtest/gtest.h>
@@ -37,7 +36,10 @@ QImage joined(const PaintedPicture& picture) {
 }
 
 QImage expected(const Recording& recording) {
-    return toQImage(rasterize(recording)).convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    const Bitmap bitmap = rasterize(recording);
+    const QImage pixels(bitmap.bytes().data(), bitmap.width(), bitmap.height(), static_cast<qsizetype>(bitmap.stride()),
+                        QImage::Format_RGBA8888_Premultiplied);
+    return pixels.convertToFormat(QImage::Format_ARGB32_Premultiplied);
 }
 
 std::vector<qint64> keys(const PaintedPicture& picture) {
