@@ -2,14 +2,20 @@
 
 #include "hosts/qt/WindowApplication.h"
 
+#include <QClipboard>
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
+#include <QDropEvent>
 #include <QFile>
+#include <QGuiApplication>
+#include <QMimeData>
 #include <QPointingDevice>
 #include <QQmlContext>
 #include <QQmlEngine>
+#include <QQuickWindow>
 #include <QTouchEvent>
+#include <QUrl>
 #include <QtQuickTest>
 
 namespace quillomat {
@@ -17,6 +23,22 @@ namespace quillomat {
 namespace {
 
 const QString source = QStringLiteral(QUILLOMAT_SOURCE_DIR);
+
+QByteArray bytesOfSample(const QString& sample) {
+    QFile file(source + QStringLiteral("/resources/samples/") + sample);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no picture at all");
+}
+
+bool drop(QObject* target, const QMimeData& content) {
+    auto* window = qobject_cast<QQuickWindow*>(target);
+    const QPointF middle(window->width() / 2.0, window->height() / 2.0);
+    QDragEnterEvent enter(middle.toPoint(), Qt::CopyAction, &content, Qt::NoButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(window, &enter);
+    QDropEvent event(middle, Qt::CopyAction, &content, Qt::NoButton, Qt::NoModifier);
+    event.ignore();
+    QCoreApplication::sendEvent(window, &event);
+    return event.isAccepted();
+}
 
 } // namespace
 
@@ -97,6 +119,30 @@ qreal ScreensSession::scaleFactor() const {
 
 qreal ScreensSession::textScale() const {
     return qEnvironmentVariable("QUILLOMAT_TEST_TEXT_SCALE").toDouble();
+}
+
+bool ScreensSession::dropFile(QObject* window, const QString& path) {
+    QMimeData content;
+    content.setUrls({QUrl::fromLocalFile(path)});
+    return drop(window, content);
+}
+
+bool ScreensSession::dropData(QObject* window, const QString& format, const QString& sample) {
+    QMimeData content;
+    content.setData(format, bytesOfSample(sample));
+    return drop(window, content);
+}
+
+void ScreensSession::copyData(const QString& format, const QString& sample) {
+    auto* content = new QMimeData;
+    content->setData(format, bytesOfSample(sample));
+    QGuiApplication::clipboard()->setMimeData(content);
+}
+
+void ScreensSession::copyFile(const QString& path) {
+    auto* content = new QMimeData;
+    content->setUrls({QUrl::fromLocalFile(path)});
+    QGuiApplication::clipboard()->setMimeData(content);
 }
 
 } // namespace quillomat

@@ -28,6 +28,13 @@ public:
     Q_INVOKABLE void addPicture(const QString& name, const QString& sample, int ageInSeconds);
     Q_INVOKABLE void addBrokenPicture(const QString& name);
     Q_INVOKABLE void addFolder(const QString& name);
+    /// Drops a sample picture on the middle of the window, as a file or as the picture's own bytes: whether it was
+    /// taken.
+    Q_INVOKABLE bool dropFile(QObject* window, const QString& path);
+    Q_INVOKABLE bool dropData(QObject* window, const QString& format, const QString& sample);
+    /// Puts a sample, or a file's address, on the clipboard.
+    Q_INVOKABLE void copyData(const QString& format, const QString& sample);
+    Q_INVOKABLE void copyFile(const QString& path);
     /// Takes all fingers off the glass at once, as a system does that wants the touch for itself.
     Q_INVOKABLE void cancelTouches(QObject* window);
 

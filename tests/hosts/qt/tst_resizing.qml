@@ -143,6 +143,7 @@ Item {
         function test_galleryKeepsWhatStandsInTheMiddle() {
             press("Phones");
             const column = expect("upright.png").ListView.view;
+            wait(100);
             column.contentY = 390; // the third of six
             wait(50);
             function standing() {

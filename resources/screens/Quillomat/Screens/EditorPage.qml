@@ -29,21 +29,27 @@ ScreenPage {
             readonly property real room: 2 * Theme.gap + (root.screen.isMeasuring ? 0 : Theme.margin)
             readonly property real zoom: Math.max(0.1, Math.min((well.width - room) / viewport.width,
                                                                 (well.height - room) / viewport.height))
+            // On whole device pixels, or the picture would be drawn a second time between them. The hardware's scene
+            // is stretched over the window's pixels, whose number is whole where points times ratio is not.
             readonly property real ratio: Screen.devicePixelRatio
-            // On whole device pixels, or the picture would be drawn a second time between them.
-            function snap(length: real): real { return Math.round(length * ratio) / ratio; }
+            readonly property bool isStretched: GraphicsInfo.api !== GraphicsInfo.Software
+            readonly property real ratioX: isStretched ? Math.round(Window.width * ratio) / Window.width : ratio
+            readonly property real ratioY: isStretched ? Math.round(Window.height * ratio) / Window.height : ratio
+            readonly property real above: root.bar.height
+            function snapX(length: real): real { return Math.round(length * ratioX) / ratioX; }
+            function snapY(length: real): real { return Math.round(length * ratioY) / ratioY; }
 
-            x: well.x + snap((well.width - width) / 2)
-            y: well.y + snap((well.height - height) / 2)
-            width: snap(viewport.width * zoom)
-            height: snap(viewport.height * zoom)
+            x: snapX(well.x + (well.width - width) / 2)
+            y: snapY(above + well.y + (well.height - height) / 2) - above
+            width: snapX(viewport.width * zoom)
+            height: snapY(viewport.height * zoom)
 
             Checkerboard {
                 readonly property rect place: root.screen.canvas
-                x: frame.snap((place.x - frame.viewport.x) * frame.zoom)
-                y: frame.snap((place.y - frame.viewport.y) * frame.zoom)
-                width: frame.snap(place.width * frame.zoom)
-                height: frame.snap(place.height * frame.zoom)
+                x: frame.snapX((place.x - frame.viewport.x) * frame.zoom)
+                y: frame.snapY((place.y - frame.viewport.y) * frame.zoom)
+                width: frame.snapX(place.width * frame.zoom)
+                height: frame.snapY(place.height * frame.zoom)
             }
             PreviewItem {
                 id: preview

@@ -13,10 +13,13 @@ ScreenPage {
         readonly property real zoom: width / root.screen.pointsAcross
         // What stands in the middle stays there when the window changes its shape; in the core's points.
         property real middle: 0
+        property bool isAtStart: true
         property bool isSettled: false
         function remember(): void {
-            if (isSettled)
-                middle = (contentY - originY + height / 2) / zoom;
+            if (!isSettled)
+                return;
+            middle = (contentY - originY + height / 2) / zoom;
+            isAtStart = contentY <= originY - topMargin + 1;
         }
         function unsettle(): void {
             isSettled = false;
@@ -26,7 +29,7 @@ ScreenPage {
             forceLayout();
             const top = originY - topMargin;
             const bottom = Math.max(top, originY + contentHeight + bottomMargin - height);
-            contentY = Math.max(top, Math.min(bottom, originY + middle * zoom - height / 2));
+            contentY = isAtStart ? top : Math.max(top, Math.min(bottom, originY + middle * zoom - height / 2));
             isSettled = true;
         }
 
@@ -49,7 +52,7 @@ ScreenPage {
         Accessible.role: Accessible.List
         Accessible.name: qsTr("Frames")
         Accessible.ignored: !enabled
-        Component.onCompleted: { positionViewAtBeginning(); isSettled = true; remember(); }
+        Component.onCompleted: unsettle()
         onContentYChanged: remember()
         onWidthChanged: unsettle()
         onHeightChanged: unsettle()

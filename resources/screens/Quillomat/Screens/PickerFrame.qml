@@ -106,9 +106,13 @@ FocusScope {
     DropArea {
         anchors.fill: parent
         onDropped: drop => {
-            if (drop.hasUrls) {
+            const format = root.presentation.pictureFormat(drop.formats);
+            if (drop.hasUrls && drop.urls[0].toString().startsWith("file:")) {
                 drop.accept();
                 root.presentation.chooseUrl(drop.urls[0]);
+            } else if (format !== "") {
+                drop.accept();
+                root.presentation.chooseData(drop.getDataAsArrayBuffer(format));
             }
         }
     }
