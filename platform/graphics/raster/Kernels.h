@@ -97,7 +97,8 @@ struct Kernels {
     /// The same along a curve, `first` pixels from its start. What u and v hold beyond `count`, up to
     /// `longestSegment` of them, is lost.
     void (*followCurve)(const CurvedRow& row, int first, int count, std::int32_t* u, std::int32_t* v);
-    /// Filters up to `longestSegment` pixels at the positions (u, v). Taps outside the picture read its nearest pixel.
+    /// Filters up to `longestSegment` pixels at the positions (u, v), which have room for so many. Taps outside the
+    /// picture read its nearest pixel.
     void (*filterFootprint)(const Footprint& footprint, const std::int32_t* u, const std::int32_t* v, int count,
                             std::uint8_t* out);
     /// Weighted sum of `taps` rows of `count` bytes, weights of sum 16384; results have 6 fractional bits.

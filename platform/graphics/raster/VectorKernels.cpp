@@ -98,21 +98,6 @@ void followCurve(const CurvedRow& row, int first, int count, std::int32_t* u, st
     }
 }
 
-/// Positions of a segment made up to whole vectors: what lies beyond `count` repeats the last one and is not looked at.
-struct PaddedPositions {
-    HWY_ALIGN std::int32_t columns[longestSegment];
-    HWY_ALIGN std::int32_t lines[longestSegment];
-
-    PaddedPositions(const std::int32_t* u, const std::int32_t* v, int count, int lanes) {
-        std::memcpy(columns, u, static_cast<std::size_t>(count) * sizeof *u);
-        std::memcpy(lines, v, static_cast<std::size_t>(count) * sizeof *v);
-        for (int i = count; i % lanes != 0; ++i) {
-            columns[i] = u[count - 1];
-            lines[i] = v[count - 1];
-        }
-    }
-};
-
 /// Where every pixel's footprint lies: its first row, its weights, and the columns at which its rows begin. A steady
 /// footprint has but one such column and line of weights.
 template <bool kSteady> struct Offsets {
@@ -132,7 +117,7 @@ HWY_INLINE void findOffsets(const Footprint& footprint, const std::int32_t* u, c
     const int rowTaps = footprint.rows->taps;
     const hn::CappedTag<std::int32_t, 16> d;
     const auto lanes = static_cast<int>(hn::Lanes(d));
-    const PaddedPositions positions(u, v, count, lanes);
+    // Whole vectors: what lies beyond `count` may be anything, and makes the check of the edges stricter at most.
     const auto shear = hn::Set(d, footprint.shear);
     const auto start = hn::Set(d, 1 - footprint.columns->taps / 2);
     const auto line = hn::Set(d, static_cast<std::int32_t>(footprint.columns->line()));
@@ -147,8 +132,8 @@ HWY_INLINE void findOffsets(const Footprint& footprint, const std::int32_t* u, c
     auto lowestRow = hn::Zero(d);
     auto highestRow = hn::Zero(d);
     for (int i = 0; i < count; i += lanes) {
-        const auto position = hn::Load(d, positions.columns + i);
-        const auto at = hn::Load(d, positions.lines + i);
+        const auto position = hn::LoadU(d, u + i);
+        const auto at = hn::LoadU(d, v + i);
         const auto phase = hn::And(at, phaseMask);
         const auto firstRow = hn::Add(hn::ShiftRight<phaseBits>(at), hn::Set(d, 1 - rowTaps / 2));
         lowestRow = hn::Min(lowestRow, firstRow);
