@@ -421,8 +421,8 @@ void combineRows(const std::uint8_t* const* rows, const std::int16_t* weights, i
     }
     const auto round = hn::Set(d32, 128);
     for (; i + 8 <= count; i += 8) {
-        auto low = round;
-        auto high = round;
+        auto low = hn::Zero(d32); // half a step is added at the end: processors order what they accumulate differently
+        auto high = hn::Zero(d32);
         auto lowRest = hn::Zero(d32);
         auto highRest = hn::Zero(d32);
         for (int tap = 0; tap < taps; tap += 2) {
@@ -434,8 +434,9 @@ void combineRows(const std::uint8_t* const* rows, const std::int16_t* weights, i
             low = hn::ReorderWidenMulAccumulate(d32, hn::InterleaveLower(d16, a, b), pair, low, lowRest);
             high = hn::ReorderWidenMulAccumulate(d32, hn::InterleaveUpper(d16, a, b), pair, high, highRest);
         }
-        hn::StoreU(hn::ReorderDemote2To(d16, hn::ShiftRight<8>(hn::RearrangeToOddPlusEven(low, lowRest)),
-                                        hn::ShiftRight<8>(hn::RearrangeToOddPlusEven(high, highRest))),
+        hn::StoreU(hn::ReorderDemote2To(d16,
+                                        hn::ShiftRight<8>(hn::Add(round, hn::RearrangeToOddPlusEven(low, lowRest))),
+                                        hn::ShiftRight<8>(hn::Add(round, hn::RearrangeToOddPlusEven(high, highRest)))),
                    d16, out + i);
     }
     for (; i < count; ++i) {
@@ -457,7 +458,7 @@ void combineColumns(const std::int16_t* row, const std::int32_t* first, const st
     const auto pairs = hn::Load(d8, pairing);
     const auto round = hn::Set(d32, 1 << 19);
     const auto sumOf = [&](int i) {
-        auto sum = round;
+        auto sum = hn::Zero(d32);
         auto rest = hn::Zero(d32);
         const std::int16_t* pixels = row + static_cast<std::ptrdiff_t>(first[i]) * 4;
         const std::int16_t* line = weights + static_cast<std::ptrdiff_t>(i) * taps;
@@ -468,7 +469,7 @@ void combineColumns(const std::int16_t* row, const std::int32_t* first, const st
             sum = hn::ReorderWidenMulAccumulate(d32, hn::BitCast(d16, both), hn::BitCast(d16, hn::Set(d32, pair)), sum,
                                                 rest);
         }
-        return hn::ShiftRight<20>(hn::RearrangeToOddPlusEven(sum, rest));
+        return hn::ShiftRight<20>(hn::Add(round, hn::RearrangeToOddPlusEven(sum, rest)));
     };
     int i = 0;
     for (; i + 4 <= count; i += 4) {
