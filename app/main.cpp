@@ -24,7 +24,7 @@ using namespace quillomat;
 constexpr int wrongUsage = 2;
 
 int complain(const QString& message) {
-    std::fprintf(stderr, "quillomat-app: %s\n", message.toUtf8().constData());
+    std::fprintf(stderr, "%s: %s\n", QUILLOMAT_PROGRAM, message.toUtf8().constData());
     return wrongUsage;
 }
 
@@ -142,7 +142,7 @@ int main(int argc, char** argv) {
         return complain(parser.errorText());
     }
     if (parser.isSet("version")) {
-        std::printf("quillomat-app %s\n", QUILLOMAT_VERSION);
+        std::printf("%s %s\n", QUILLOMAT_PROGRAM, QUILLOMAT_VERSION);
         return 0;
     }
     if (parser.isSet("help")) {

@@ -252,6 +252,10 @@
 <context>
     <name>quillomat::PresentationModel</name>
     <message>
+        <source>This picture cannot be opened</source>
+        <translation>Dieses Bild lässt sich nicht öffnen</translation>
+    </message>
+    <message>
         <source>%1 cannot be opened</source>
         <translation>%1 lässt sich nicht öffnen</translation>
     </message>
