@@ -18,6 +18,7 @@
 #include <functional>
 #include <limits>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <new>
 #include <optional>
@@ -109,8 +110,9 @@ public:
         , straight_(rowStride_ * static_cast<std::size_t>(bandRows + 1) + rowPadding)
         , trial_(rowBytes_ + rowPadding) {
         if (effort == PngEffort::best) {
-            smallest_.emplace(rowBytes_, pixelBytes_, bandRows,
-                              /*isSmall=*/rowBytes_ * static_cast<std::size_t>(source.size.height) <= bestBandBytes);
+            smallest_ = std::make_unique<codecs::SmallestPiece>(
+                rowBytes_, pixelBytes_, bandRows,
+                /*isSmall=*/rowBytes_ * static_cast<std::size_t>(source.size.height) <= bestBandBytes);
         } else {
             filtered_.resize((rowBytes_ + 1) * static_cast<std::size_t>(bandRows) + rowPadding);
             deflater_.emplace(codecs::DeflateEffort::fast);
@@ -218,7 +220,7 @@ private:
     std::vector<std::uint8_t> filtered_;
     std::vector<std::uint8_t> trial_;
     std::optional<codecs::PieceDeflater> deflater_;
-    std::optional<codecs::SmallestPiece> smallest_;
+    std::unique_ptr<codecs::SmallestPiece> smallest_;
 };
 
 /// Hands out bands and joins what comes back.
