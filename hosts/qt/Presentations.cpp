@@ -11,6 +11,10 @@
 #include <QMimeData>
 #include <QVariantMap>
 
+#include <algorithm>
+#include <array>
+#include <span>
+
 namespace quillomat {
 
 PresentationModel::PresentationModel(Shell& shell, std::shared_ptr<ViewController> screen,
@@ -91,7 +95,7 @@ void PresentationModel::choose(const QString& path) {
             [screen = screen_, id = id(), file = path.toStdString()] { screen->answerDocumentPicker(id, file); });
         return;
     }
-    if (photos_ == nullptr) {
+    if (!takesPictures()) {
         return;
     }
     Platform& platform = shell_.platform();
@@ -139,27 +143,50 @@ void PresentationModel::cancel() {
     shell_.perform([screen = screen_, id = id()] { screen->cancelPicker(id); });
 }
 
+QString PresentationModel::pictureFormat(const QStringList& formats) const {
+    static const std::array known{QStringLiteral("image/png"),  QStringLiteral("image/jpeg"),
+                                  QStringLiteral("image/webp"), QStringLiteral("image/heic"),
+                                  QStringLiteral("image/heif"), QStringLiteral("image/avif")};
+    const auto offered =
+        std::find_if(known.begin(), known.end(), [&](const QString& format) { return formats.contains(format); });
+    return takesPictures() && offered != known.end() ? *offered : QString();
+}
+
+void PresentationModel::chooseData(const QByteArray& document) {
+    if (!takesPictures()) {
+        return;
+    }
+    const auto bytes = std::as_bytes(std::span(document.constData(), static_cast<std::size_t>(document.size())));
+    const auto picture = imageFromBytes(Bytes(bytes.begin(), bytes.end()), shell_.platform().imageLimits);
+    if (!picture) {
+        setTrouble(tr("This picture cannot be opened"));
+        return;
+    }
+    deliver(*picture);
+}
+
 void PresentationModel::paste() {
     const QMimeData* content = QGuiApplication::clipboard()->mimeData();
-    if (content == nullptr || alert_ != nullptr) {
+    if (content == nullptr || alert_ != nullptr || isLeaving_) {
         return;
     }
-    if (content->hasUrls() && !content->urls().isEmpty()) {
-        chooseUrl(content->urls().constFirst());
+    const QList<QUrl> urls = content->urls();
+    if (!urls.isEmpty() && urls.constFirst().isLocalFile()) {
+        chooseUrl(urls.constFirst());
         return;
     }
+    if (const QString format = pictureFormat(content->formats()); !format.isEmpty()) {
+        chooseData(content->data(format));
+        return;
+    }
+    // Pixels without a document, as programs of the same process or of other systems offer them.
     const auto image = qvariant_cast<QImage>(content->imageData());
-    if (photos_ == nullptr || image.isNull()) {
-        return;
-    }
-    QByteArray png;
-    QBuffer buffer(&png);
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "PNG");
-    const auto bytes = std::as_bytes(std::span(png.constData(), static_cast<std::size_t>(png.size())));
-    const auto picture = imageFromBytes(Bytes(bytes.begin(), bytes.end()), shell_.platform().imageLimits);
-    if (picture) {
-        deliver(*picture);
+    if (!image.isNull()) {
+        QByteArray png;
+        QBuffer buffer(&png);
+        buffer.open(QIODevice::WriteOnly);
+        image.save(&buffer, "PNG");
+        chooseData(png);
     }
 }
 

@@ -6,8 +6,10 @@
 #include "platform/views/Presentation.h"
 #include "platform/views/ViewController.h"
 
+#include <QByteArray>
 #include <QObject>
 #include <QString>
+#include <QStringList>
 #include <QUrl>
 #include <QVariantList>
 
@@ -51,11 +53,16 @@ public:
     /// The user picked a file: a picture, or a document for a document picker.
     Q_INVOKABLE void choose(const QString& path);
     Q_INVOKABLE void chooseUrl(const QUrl& url);
+    /// Of the formats in which something dropped or copied is offered, the best that is an encoded picture and can be
+    /// taken here; empty for none.
+    Q_INVOKABLE [[nodiscard]] QString pictureFormat(const QStringList& formats) const;
+    /// The user picked a picture that is no file.
+    Q_INVOKABLE void chooseData(const QByteArray& document);
     /// The editing step's answers.
     Q_INVOKABLE void finishCrop();
     Q_INVOKABLE void cancelCrop();
     Q_INVOKABLE void cancel();
-    /// A picture or a file from the clipboard.
+    /// A file or a picture from the clipboard.
     Q_INVOKABLE void paste();
     /// The animation has ended.
     Q_INVOKABLE void dismissalEnded();
@@ -66,6 +73,7 @@ signals:
     void troubleChanged();
 
 private:
+    [[nodiscard]] bool takesPictures() const { return photos_ != nullptr && !isLeaving_; }
     void deliver(const Image& picture);
     void setTrouble(const QString& trouble);
     void dropCrop();

@@ -79,6 +79,7 @@ FocusScope {
             anchors.left: parent.left
             anchors.right: parent.right
             anchors.bottom: parent.bottom
+            anchors.bottomMargin: page.radius / 2
             clip: true
         }
         Rectangle {
