@@ -63,6 +63,47 @@ Item {
             made.trigger();
             compare(pressed.count, 0);
         }
+        function ring(thing) {
+            for (let i = thing.children.length - 1; i >= 0; --i)
+                if (thing.children[i].border !== undefined)
+                    return thing.children[i];
+            return null;
+        }
+        function test_ringShowsWhereTheKeyboardIsAndNotTheFinger() {
+            const made = makeButton(true);
+            made.forceActiveFocus();
+            keyClick(Qt.Key_Tab);
+            made.forceActiveFocus();
+            verify(ring(made).visible);
+            verify(ring(made).width > 40 && ring(made).height > 40);
+            mouseClick(made);
+            verify(!ring(made).visible);
+        }
+        function test_arrowKeysGoFromAnswerToAnswer() {
+            const model = presentation.createObject(root, { actions: actions("No", "Yes") });
+            const made = createTemporaryObject(alert, root, { presentation: model });
+            made.forceActiveFocus();
+            verify(Screens.find(made, "Yes").activeFocus);
+            keyClick(Qt.Key_Left);
+            verify(Screens.find(made, "No").activeFocus);
+            keyClick(Qt.Key_Right);
+            verify(Screens.find(made, "Yes").activeFocus);
+            keyClick(Qt.Key_Up);
+            keyClick(Qt.Key_Return);
+            compare(model.answered, [[0, ""]]);
+        }
+        function test_longSheetScrollsToWhatHasTheFocus() {
+            const titles = [];
+            for (let i = 0; i < 30; ++i)
+                titles.push("Action " + i);
+            const model = presentation.createObject(root, { actions: actions(...titles, "Dismiss") });
+            const made = createTemporaryObject(sheet, root, { presentation: model });
+            waitForRendering(made);
+            const last = Screens.find(made, "Action 29");
+            verify(last.mapToItem(root, 0, last.height).y > root.height);
+            last.forceActiveFocus();
+            verify(last.mapToItem(root, 0, last.height).y < Screens.find(made, "Dismiss").mapToItem(root, 0, 0).y);
+        }
         function test_twoShortActionsOfAnAlertStandSideBySide() {
             const model = presentation.createObject(root, { actions: actions("No", "Yes") });
             const made = createTemporaryObject(alert, root, { presentation: model });

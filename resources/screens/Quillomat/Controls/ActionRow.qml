@@ -12,6 +12,8 @@ Pressable {
     implicitWidth: Math.ceil(caption.implicitWidth) + 2 * Theme.margin
     sinks: false
     ringRadius: Theme.smallRadius + Theme.step
+    ringX: Theme.step
+    ringY: Theme.step
 
     Rectangle {
         anchors.fill: parent

@@ -117,7 +117,7 @@ Question {
                 anchors.fill: parent
                 strong: true
                 focus: true
-                ringRadius: Theme.cardRadius
+                ringRadius: Theme.cardRadius - Theme.step
                 name: root.cancelIndex >= 0 ? root.presentation.actions[root.cancelIndex].title : ""
                 onTriggered: root.turnAway()
             }

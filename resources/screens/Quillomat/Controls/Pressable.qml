@@ -12,6 +12,8 @@ Item {
     property bool sinks: true
     property bool scrolls: false // stands in something that a finger moves
     property alias ringRadius: ring.radius
+    property real ringX: 1 // how far inside it stands
+    property real ringY: 1
     readonly property bool pressed: tap.pressed
     readonly property bool hovered: hover.hovered
     default property alias content: surface.data
@@ -61,6 +63,11 @@ Item {
     }
     FocusRing {
         id: ring
+        anchors.fill: parent
+        anchors.leftMargin: root.ringX
+        anchors.rightMargin: root.ringX
+        anchors.topMargin: root.ringY
+        anchors.bottomMargin: root.ringY
         visible: root.activeFocus && Shell.usesKeyboard
     }
 }

@@ -42,7 +42,8 @@ Pressable {
         color: root.ink
         strong: root.prominent
         lineHeight: 1
-        width: parent.width
+        width: parent.width - Theme.step
+        anchors.horizontalCenter: parent.horizontalCenter
         horizontalAlignment: Text.AlignHCenter
         anchors.top: picture.bottom
         anchors.topMargin: 1.5 * Theme.step

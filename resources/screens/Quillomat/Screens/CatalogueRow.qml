@@ -18,7 +18,9 @@ Pressable {
     scrolls: true
     // Larger type makes it higher than the core asks for.
     implicitHeight: Math.ceil(texts.implicitHeight) + 6 * Theme.step
-    ringRadius: Theme.cardRadius
+    ringRadius: Theme.cardRadius + 3
+    ringX: Theme.gap - 3
+    ringY: Theme.step - 3
     Accessible.role: Accessible.ListItem
 
     Rectangle {

@@ -14,6 +14,7 @@ Pressable {
 
     name: fileName
     scrolls: true
+    ringRadius: Theme.smallRadius / 2 + 1
 
     Rectangle {
         anchors.fill: parent
