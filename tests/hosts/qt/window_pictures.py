@@ -2,7 +2,8 @@
 """Photographs every screen of the window, for the documents and for looking at.
 
 Usage: window_pictures.py WINDOW-PROGRAM SOURCE-DIR OUTPUT-DIR [--size 360x740] [--appearance light|dark]
-       [--language de] [--factor 1.5] [--text 1.5] [--software] [--prefix NAME]
+       [--language de] [--factor 1.5] [--text 1.5] [--font FAMILY] [--software]
+       [--prefix NAME]
 """
 import argparse
 import pathlib
@@ -26,6 +27,7 @@ def arguments():
     parser.add_argument("--language", default="en")
     parser.add_argument("--factor", type=float, default=1.0, help="device pixels for a point")
     parser.add_argument("--text", type=float, default=1.0, help="of the ordinary size")
+    parser.add_argument("--font", help="the family that stands for the desktop's sans")
     parser.add_argument("--software", action="store_true", help="without OpenGL")
     parser.add_argument("--row", default="Phones, in perspective")
     parser.add_argument("--mockup", default="phone-tilted.png")
@@ -34,6 +36,10 @@ def arguments():
     return parser.parse_args()
 
 
+FONTS = """<?xml version="1.0"?><!DOCTYPE fontconfig SYSTEM "fonts.dtd"><fontconfig>
+<include ignore_missing="yes">/etc/fonts/fonts.conf</include>
+<match target="pattern"><test name="family"><string>sans-serif</string></test>
+<edit name="family" mode="prepend" binding="strong"><string>{}</string></edit></match></fontconfig>"""
 TEXTS = {"de": {"Options": "Optionen", "Left screenshot": "Linker Screenshot", "Background": "Hintergrund",
                 "Choose": "Auswählen", "Yes": "Ja", "No": "Nein", "Save": "Sichern", "Dismiss": "Schließen",
                 "Import Mockup": "Mockup importieren", "Cancel": "Abbrechen", "Thanks!": "Danke!", "Glare": "Glanz",
@@ -45,6 +51,9 @@ class Album:
         width, height = (round(float(side) * wish.factor) for side in wish.size.split("x"))
         environment = {"QT_SCALE_FACTOR": str(wish.factor), "LC_ALL": "de_DE.UTF-8" if wish.language == "de" else "C.UTF-8",
                        "LANGUAGE": wish.language, "TZ": "UTC"}
+        if wish.font:
+            (folder / "fonts.conf").write_text(FONTS.format(wish.font))
+            environment["FONTCONFIG_FILE"] = str(folder / "fonts.conf")
         if wish.software:
             environment["QT_QUICK_BACKEND"] = "software"
         self.wish, self.texts = wish, TEXTS.get(wish.language, {})

@@ -17,7 +17,7 @@ Pressable {
     sinks: true
     scrolls: true
     // Larger type makes it higher than the core asks for.
-    implicitHeight: Math.ceil(texts.implicitHeight) + 6 * Theme.step
+    implicitHeight: Math.ceil(texts.implicitHeight + (chip.visible ? chip.height + Theme.step : 0)) + 6 * Theme.step
     ringRadius: Theme.cardRadius + 3
     ringX: Theme.gap - 3
     ringY: Theme.step - 3
@@ -59,6 +59,7 @@ Pressable {
         anchors.right: card.right
         anchors.rightMargin: Theme.margin
         anchors.verticalCenter: card.verticalCenter
+        anchors.verticalCenterOffset: -Math.round((chip.visible ? chip.height : 0) / 2)
         spacing: Theme.step
 
         Caption {
@@ -79,10 +80,13 @@ Pressable {
             maximumLineCount: 2
             lineHeight: 1.2
         }
-        Chip {
-            anchors.right: parent.right
-            text: root.sizeLabel
-        }
+    }
+    Chip {
+        id: chip
+        anchors.right: texts.right
+        anchors.bottom: card.bottom
+        anchors.bottomMargin: Theme.gap
+        text: root.sizeLabel
     }
     Icon {
         id: chevron
