@@ -16,8 +16,9 @@ namespace {
 constexpr std::size_t roomBehind = 64;
 constexpr std::size_t largePage = std::size_t{2} << 20;
 
-/// Asks for large pages where whole ones lie inside the memory, before any of it is touched.
-void preferLargePages(std::uint8_t* data, std::size_t size) {
+} // namespace
+
+void preferLargePages(void* data, std::size_t size) {
 #if defined(__linux__)
     void* begin = data;
     std::size_t left = size;
@@ -30,8 +31,6 @@ void preferLargePages(std::uint8_t* data, std::size_t size) {
     static_cast<void>(size);
 #endif
 }
-
-} // namespace
 
 PixelMemory::PixelMemory(std::size_t size) : size_(size) {
     if (size == 0) {

@@ -233,7 +233,8 @@ public:
         bandRows_ = std::clamp(rows, leastBandRows, mostBandRows);
         bandCount_ = (source.size.height + bandRows_ - 1) / bandRows_;
         // Most pictures come out smaller; what is not used is never touched.
-        out_.reserve(rowBytes * static_cast<std::size_t>(source.size.height) / 3 + 1024);
+        out_.reserve(rowBytes * static_cast<std::size_t>(source.size.height) / 2 + 1024);
+        preferLargePages(out_.data() + out_.size(), out_.capacity() - out_.size());
     }
 
     [[nodiscard]] Result<Bytes> encode(int threads) {
