@@ -7,6 +7,7 @@
 #include "platform/graphics/raster/Kernels.h"
 #include "platform/graphics/raster/Pyramid.h"
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <utility>
@@ -61,8 +62,9 @@ struct SamplerScratch {
     std::vector<std::int16_t> weights;
     std::vector<std::uint8_t> mixed;
     std::vector<std::int8_t> mixWeights;
-    std::vector<std::int32_t> u;
-    std::vector<std::int32_t> v;
+    // Positions of a segment; wide registers are slow to pass what crosses a line of the cache.
+    alignas(64) std::array<std::int32_t, longestSegment> u{};
+    alignas(64) std::array<std::int32_t, longestSegment> v{};
     std::vector<FootprintBlocks> footprints; // of each sampler that has asked
 
     [[nodiscard]] FootprintBlocks& footprintsOf(const void* asking) {

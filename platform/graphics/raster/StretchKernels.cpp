@@ -249,12 +249,20 @@ HWY_INLINE int mixColumnsOf(const std::uint8_t* row, const std::int32_t* first, 
         return MixedPixel{row + static_cast<std::ptrdiff_t>(first[i]) * 4,
                           weights + static_cast<std::ptrdiff_t>(i) * known * 4};
     };
-    int i = 0;
-    for (; i + 4 <= count; i += 4) {
+    const auto four = [&](int i) {
         const auto bytes =
             packedInBlocks(d8, meansOf(d16, mixedTwo(at, i, known)), meansOf(d16, mixedTwo(at, i + 2, known)));
         hn::StoreU(hn::Min(bytes, hn::TableLookupBytes(bytes, hn::Load(d8, alphas))), d8,
                    out + static_cast<std::ptrdiff_t>(i) * 4);
+    };
+    int i = 0;
+    for (; i + 4 <= count; i += 4) {
+        four(i);
+    }
+    if (i < count && count >= 4) {
+        // The last ones together with some that are there already.
+        four(count - 4);
+        return count;
     }
     return i;
 }

@@ -86,8 +86,6 @@ public:
         , kernels_(kernels) {}
 
     void row(int y, int left, int right, std::uint8_t* out, SamplerScratch& scratch) const override {
-        scratch.u.resize(longestSegment);
-        scratch.v.resize(longestSegment);
         FootprintBlocks& blocks = scratch.footprintsOf(this);
         blocks.begin(y / rowsTogether_, static_cast<std::size_t>(right) / shortestSegment + 1);
         while (left < right) {
@@ -227,9 +225,8 @@ private:
                 return false;
             }
             const double bend = (at[2] - 2 * at[1] + at[0]) * (inverseHalf * inverseHalf / 2);
-            const double origin = std::floor(at[0]);
-            out.origin = static_cast<std::int32_t>(origin);
-            out.start = static_cast<float>(at[0] - origin);
+            out.origin = static_cast<std::int32_t>(at[0]);
+            out.start = static_cast<float>(at[0] - out.origin);
             out.step = static_cast<float>((at[1] - at[0]) * inverseHalf - bend * half);
             out.bend = static_cast<float>(bend);
             return true;
