@@ -80,13 +80,13 @@ void EditorScreen::press(int tool) {
     const std::array buttons{editor_->addLeftButton(), editor_->addRightButton(), editor_->addBGButton(),
                              editor_->addGlareButton(), editor_->saveButton()};
     if (tool >= 0 && static_cast<std::size_t>(tool) < buttons.size()) {
-        shell().perform([button = buttons[static_cast<std::size_t>(tool)]] { button->press(); });
+        shell().act([button = buttons[static_cast<std::size_t>(tool)]] { button->press(); });
     }
 }
 
 void EditorScreen::pressCaption(int index) {
     if (index >= 0 && static_cast<std::size_t>(index) < panel_.size()) {
-        shell().perform([button = panel_[static_cast<std::size_t>(index)]] { button->press(); });
+        shell().act([button = panel_[static_cast<std::size_t>(index)]] { button->press(); });
     }
 }
 
@@ -151,7 +151,7 @@ std::shared_ptr<View> EditorScreen::grab(Point point) const {
 }
 
 void EditorScreen::drag(const std::shared_ptr<View>& grabbed, Point delta) {
-    shell().perform([grabbed, delta] {
+    shell().act([grabbed, delta] {
         if (auto* scroll = dynamic_cast<ScrollView*>(grabbed.get())) {
             const Size room = scroll->bounds().size;
             scroll->contentOffset.x = std::clamp(scroll->contentOffset.x - delta.x, 0.0,

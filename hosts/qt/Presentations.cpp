@@ -78,7 +78,7 @@ void PresentationModel::answer(int action, const QString& text) {
     if (action < 0) {
         return;
     }
-    shell_.perform([screen = screen_, id = id(), index = static_cast<std::size_t>(action), text = text.toStdString()] {
+    shell_.act([screen = screen_, id = id(), index = static_cast<std::size_t>(action), text = text.toStdString()] {
         screen->answerAlert(id, index, text);
     });
 }
@@ -91,7 +91,7 @@ void PresentationModel::chooseUrl(const QUrl& url) {
 
 void PresentationModel::choose(const QString& path) {
     if (documents_ != nullptr) {
-        shell_.perform(
+        shell_.act(
             [screen = screen_, id = id(), file = path.toStdString()] { screen->answerDocumentPicker(id, file); });
         return;
     }
@@ -110,7 +110,7 @@ void PresentationModel::choose(const QString& path) {
 void PresentationModel::deliver(const Image& picture) {
     setTrouble({});
     if (!photos_->allowsEditing) {
-        shell_.perform([screen = screen_, id = id(), picture] { screen->answerImagePicker(id, {picture, {}}); });
+        shell_.act([screen = screen_, id = id(), picture] { screen->answerImagePicker(id, {picture, {}}); });
         return;
     }
     dropCrop();
@@ -123,7 +123,7 @@ void PresentationModel::finishCrop() {
         return;
     }
     const PickedMedia media{crop_->image(), croppedImage(crop_->image(), crop_->rect())};
-    shell_.perform([screen = screen_, id = id(), media] { screen->answerImagePicker(id, media); });
+    shell_.act([screen = screen_, id = id(), media] { screen->answerImagePicker(id, media); });
 }
 
 void PresentationModel::cancelCrop() {
@@ -140,7 +140,7 @@ void PresentationModel::dropCrop() {
 }
 
 void PresentationModel::cancel() {
-    shell_.perform([screen = screen_, id = id()] { screen->cancelPicker(id); });
+    shell_.act([screen = screen_, id = id()] { screen->cancelPicker(id); });
 }
 
 QString PresentationModel::pictureFormat(const QStringList& formats) const {

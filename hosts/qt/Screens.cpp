@@ -42,7 +42,7 @@ void ScreenModel::refresh() {
 }
 
 void ScreenModel::pressLeft() {
-    shell_.perform([controller = controller_] {
+    shell_.act([controller = controller_] {
         if (const auto button = controller->navigationItem.leftBarButtonItem; button && button->action) {
             button->action();
         }
@@ -50,7 +50,7 @@ void ScreenModel::pressLeft() {
 }
 
 void ScreenModel::pressRight() {
-    shell_.perform([controller = controller_] {
+    shell_.act([controller = controller_] {
         if (const auto button = controller->navigationItem.rightBarButtonItem; button && button->action) {
             button->action();
         }
@@ -143,7 +143,7 @@ void ListScreen::refresh() {
 
 void ListScreen::select(int row) {
     if (row >= 0 && row < rows_->rowCount()) {
-        shell().perform([list = list_, index = static_cast<std::size_t>(row)] {
+        shell().act([list = list_, index = static_cast<std::size_t>(row)] {
             list->tableViewDidSelectRowAtIndexPath({0, index});
         });
     }
@@ -186,7 +186,7 @@ void GalleryScreen::tap(int index) {
     if (index < 0 || static_cast<std::size_t>(index) >= cells.size()) {
         return;
     }
-    shell().perform([cell = cells[static_cast<std::size_t>(index)]] {
+    shell().act([cell = cells[static_cast<std::size_t>(index)]] {
         for (const auto& recognizer : cell->gestureRecognizers) {
             if (const auto tap = std::dynamic_pointer_cast<TapGestureRecognizer>(recognizer)) {
                 tap->recognize();

@@ -67,6 +67,12 @@ void Shell::perform(std::function<void()> action) {
     isPerforming_ = false;
 }
 
+void Shell::act(std::function<void()> action) {
+    if (!isWaiting_) {
+        perform(std::move(action));
+    }
+}
+
 void Shell::setWaiting(bool waiting) {
     isWaiting_ = waiting;
     if (waiting) {
@@ -154,7 +160,7 @@ PixelSize Shell::canvasOf(const ViewController& screen) const {
 }
 
 void Shell::back() {
-    perform([this] {
+    act([this] {
         if (presentation_ == nullptr && !screens_.empty()) {
             application_->navigationController().pop();
         }

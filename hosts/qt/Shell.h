@@ -25,8 +25,9 @@ struct ShellSettings {
     qreal textScale = 0;                         // 0: as the desktop says
 };
 
-/// Everything that reaches the core comes through `perform`, one thing at a time; after each the mirrors are brought up
-/// to date. While the core waits for the web, what comes is kept and performed afterwards, in order.
+/// Everything that reaches the core comes through `perform` and `act`, one thing at a time; after each the mirrors are
+/// brought up to date. While the core waits for the web, what must happen is kept and performed afterwards, in order,
+/// and what the user wishes is not taken.
 class Shell final : public QObject {
     Q_OBJECT
     Q_PROPERTY(QObject* presentation READ presentation NOTIFY presentationChanged)
@@ -44,6 +45,8 @@ public:
     /// Builds the catalogue list, which compares its revision with the published one. Once, after the first frame.
     void launch();
     void perform(std::function<void()> action);
+    /// What the user wishes: an answer, a press, a pick.
+    void act(std::function<void()> action);
     void setWaiting(bool waiting);
 
     [[nodiscard]] Platform& platform() { return application_->platform(); }

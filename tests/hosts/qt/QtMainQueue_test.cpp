@@ -1,8 +1,8 @@
 #include "hosts/qt/QtMainQueue.h"
 
+#include "TestApplication.h"
 #include "hosts/qt/PatientWebClient.h"
 
-#include <QCoreApplication>
 #include <QEventLoop>
 #include <QTimer>
 
@@ -17,24 +17,15 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// One event loop for the whole program.
-QCoreApplication& application() {
-    static int count = 1;
-    static char name[] = "test";
-    static char* arguments[] = {name, nullptr};
-    static QCoreApplication instance(count, arguments);
-    return instance;
-}
-
 void runFor(std::chrono::milliseconds time) {
-    application();
+    testApplication();
     QEventLoop loop;
     QTimer::singleShot(time, &loop, &QEventLoop::quit);
     loop.exec();
 }
 
 TEST(QtMainQueue, tasksRunInTheOrderOfTheirDueTimes) {
-    application();
+    testApplication();
     QtMainQueue queue;
     std::vector<int> order;
     queue.after(60ms, [&] { order.push_back(3); });
@@ -46,7 +37,7 @@ TEST(QtMainQueue, tasksRunInTheOrderOfTheirDueTimes) {
 }
 
 TEST(QtMainQueue, nothingRunsBeforeTheEventLoopTurns) {
-    application();
+    testApplication();
     QtMainQueue queue;
     bool ran = false;
     queue.async([&] { ran = true; });
@@ -56,7 +47,7 @@ TEST(QtMainQueue, nothingRunsBeforeTheEventLoopTurns) {
 }
 
 TEST(QtMainQueue, taskNeverRunsEarly) {
-    application();
+    testApplication();
     QtMainQueue queue;
     const auto start = std::chrono::steady_clock::now();
     std::chrono::nanoseconds waited{0};
@@ -66,7 +57,7 @@ TEST(QtMainQueue, taskNeverRunsEarly) {
 }
 
 TEST(QtMainQueue, tasksThatAddTasksLeaveTheLoopAlive) {
-    application();
+    testApplication();
     QtMainQueue queue;
     int turns = 0;
     std::function<void()> again = [&] {
@@ -89,7 +80,7 @@ public:
 };
 
 TEST(PatientWebClient, eventLoopTurnsWhileTheCoreWaits) {
-    application();
+    testApplication();
     SlowWebClient slow;
     PatientWebClient patient(slow);
     std::vector<bool> waits;
