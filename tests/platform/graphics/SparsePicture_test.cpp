@@ -2,6 +2,7 @@
 
 #include "platform/graphics/BitmapContext.h"
 #include "platform/graphics/Rasterizer.h"
+#include "platform/graphics/raster/Layer.h"
 
 #include <gtest/gtest.h>
 
@@ -189,6 +190,32 @@ TEST(SparsePicture, isDrawnAsItsBitmapIs) {
         ASSERT_EQ(rasterize(recording, 1), expected) << trial;
         ASSERT_EQ(rasterize(recording, 5), expected) << trial;
     }
+}
+
+TEST(SparsePicture, whatIsOpaqueHidesWhatLiesBelow) {
+    Bitmap overlay({200, 2});
+    std::fill(overlay.row(0) + 48 * 4, overlay.row(0) + 160 * 4, std::uint8_t{255});
+    LayerDraw draw;
+    draw.picture = inRuns(overlay);
+    draw.pictureRect = makeRect(5, 3, 200, 2);
+    draw.shape.rect = draw.pictureRect;
+    const PixelSize canvas{300, 10};
+    const auto hidden = [&](int y) {
+        raster::Pyramids pyramids;
+        const auto layer = raster::Layer::make(draw, canvas, raster::bestKernels(), pyramids);
+        raster::LayerScratch scratch;
+        const raster::Span span = layer->hiddenBelow(y, scratch);
+        return std::pair(span.left, span.right);
+    };
+    EXPECT_EQ(hidden(3), std::pair(53, 165));
+    EXPECT_EQ(hidden(4), std::pair(0, 0)) << "an empty row";
+    EXPECT_EQ(hidden(2), std::pair(0, 0)) << "above the picture";
+    draw.clips.push_back({Homography{}, {makeRect(0, 0, 100, 10), 0}});
+    EXPECT_EQ(hidden(3).first, 53);
+    EXPECT_LE(hidden(3).second, 100);
+    EXPECT_GE(hidden(3).second, 98);
+    draw.opacity = 0.9;
+    EXPECT_EQ(hidden(3), std::pair(0, 0)) << "what is below shines through";
 }
 
 TEST(SparsePicture, anyBandMayBeDrawnAtAnyTime) {
