@@ -3,16 +3,21 @@
 // How a draw reaches the canvas:
 //  1. `flattened` (Recording.h) pulls out the draws of recordings that lie unscaled inside this one; a scaled one is
 //     rasterised once, as a picture.
-//  2. `visibleOutline` (raster/ConvexPolygon.h) flattens the layer's rounded rectangle in its own units, projects it,
+//  2. `withDecodedPictures` (DrawnPictures.h) decodes what is drawn, reduced where that leaves no trace; an overlay
+//  that
+//     lies on the canvas's pixels is read into runs (`SparsePicture`).
+//  3. `visibleOutline` (raster/ConvexPolygon.h) flattens the layer's rounded rectangle in its own units, projects it,
 //     and cuts it to positive w and to the canvas: what remains is convex. `intersection` cuts it to the clips.
-//  3. `Coverage` (raster/Coverage.h) holds that one outline's exact area per pixel, row by row, times the opacity.
+//  4. `Coverage` (raster/Coverage.h) holds that one outline's exact area per pixel, row by row, times the opacity.
 //     Fill, picture and border of a layer share it, so that edges are blended once.
-//  4. `makeSampler` (raster/Sampler.h) chooses where the picture's pixels come from: a copy under a whole-pixel shift,
+//  5. `makeSampler` (raster/Sampler.h) chooses where the picture's pixels come from: a copy under a whole-pixel shift,
 //     a separable stretch along the axes, else a sheared separable footprint that follows the map's derivative.
 //     `Pyramid` halves pictures that are shrunk too far for the tables of small weights (`columnTable`, `rowTable`).
-//  5. `Layer::drawRow` (raster/Layer.h) puts the row's pixels over the canvas's, copying where both allow it.
-//  6. `Kernels` (raster/Kernels.h) are the hot loops of 4 and 5, in integers: each variant gives the same bits.
-//  7. `LayerStack::drawRows` runs 3 to 6 for a band of rows; `drawOn` hands bands to threads. No row depends on
+//  6. `Layer::drawRow` (raster/Layer.h) puts the row's pixels over the canvas's, copying where both allow it and
+//  passing
+//     over runs of nothing.
+//  7. `Kernels` (raster/Kernels.h) are the hot loops of 5 and 6, in integers: each variant gives the same bits.
+//  8. `LayerStack::drawRows` runs 4 to 7 for a band of rows; `drawOn` hands bands to threads. No row depends on
 //  another,
 //     and no pixel on how much of its row is drawn.
 //
