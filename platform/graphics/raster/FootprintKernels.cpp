@@ -21,7 +21,12 @@ namespace HWY_NAMESPACE { // NOLINT: the library's own name for each kind of pro
 template <class D16, class V8> HWY_INLINE hn::Vec<D16> multipliedPairs(D16 d16, V8 pixels, V8 weights) {
 #if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
     (void)d16;
-    return hn::Vec<D16>{_mm256_maddubs_epi16(weights.raw, pixels.raw)};
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+    if constexpr (hn::MaxLanes(D16()) == 32) {
+        return hn::Vec<D16>{_mm512_maddubs_epi16(weights.raw, pixels.raw)};
+    } else
+#endif
+        return hn::Vec<D16>{_mm256_maddubs_epi16(weights.raw, pixels.raw)};
 #elif HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_SSSE3
     (void)d16;
     return hn::Vec<D16>{_mm_maddubs_epi16(weights.raw, pixels.raw)};
@@ -182,6 +187,7 @@ struct FilterLoop {
     const std::uint8_t* columnWeights;
     std::ptrdiff_t steadyStep;
     const std::int16_t* rowWeights;
+    const std::uint8_t* steadyLines;
     int rowTaps;
 
     explicit FilterLoop(const Footprint& footprint)
@@ -190,6 +196,7 @@ struct FilterLoop {
         , columnWeights(footprint.columns->lines)
         , steadyStep(footprint.shear / steadyShear * footprint.columns->line())
         , rowWeights(footprint.rows->lines)
+        , steadyLines(footprint.steadyLines)
         , rowTaps(footprint.rows->taps) {}
 };
 
@@ -260,6 +267,81 @@ template <class V> HWY_INLINE hn::Vec<hn::FixedTag<std::uint8_t, 8>> roundedPixe
 
 constexpr int rowsAhead = 8;
 
+// As many pixels side by side as registers hold blocks of 16 bytes.
+using BlockBytes = hn::CappedTag<std::uint8_t, 64>;
+constexpr int pixelsAside = static_cast<int>(hn::MaxLanes(BlockBytes())) / 16;
+
+/// Of each pixel the block that `blockOf` gives for it: pixels i, i + 2, i + 4, i + 6, as many as there is room for.
+template <class D, class F> HWY_INLINE hn::Vec<D> everyOtherBlock(D d, int i, const F& blockOf) {
+    if constexpr (hn::MaxLanes(D()) == 16) {
+        return blockOf(i);
+    } else {
+        const hn::Half<D> half;
+        constexpr int inHalf = static_cast<int>(hn::MaxLanes(half)) / 16;
+        return hn::Combine(d, everyOtherBlock(half, i + 2 * inHalf, blockOf), everyOtherBlock(half, i, blockOf));
+    }
+}
+
+/// One of 16 bytes, in every block.
+template <class D> HWY_INLINE hn::Vec<D> inEveryBlock(D d, const std::uint8_t* bytes) {
+    return hn::LoadDup128(d, bytes);
+}
+
+/// Every other pixel from i on, four rows of four columns. The weights of all rows are loaded once and spread as they
+/// are needed, as loading is what limits this loop.
+HWY_INLINE hn::Vec<hn::Repartition<std::int16_t, BlockBytes>> filteredEveryOther(const FilterLoop& loop,
+                                                                                 const Offsets<true>& offsets, int i) {
+    const BlockBytes d8;
+    const hn::Repartition<std::int16_t, BlockBytes> d16;
+    alignas(16) static constexpr std::uint8_t pairing[16] = {0, 4, 1, 5, 2, 6, 3, 7, 8, 12, 9, 13, 10, 14, 11, 15};
+    alignas(16) static constexpr std::uint8_t columnsOfRow[16] = {0, 1, 0, 1, 0, 1, 0, 1, 2, 3, 2, 3, 2, 3, 2, 3};
+    alignas(16) static constexpr std::uint8_t weightOfRow[16] = {0, 1, 0, 1, 0, 1, 0, 1, 0, 1, 0, 1, 0, 1, 0, 1};
+    const auto signs = hn::Set(d8, std::uint8_t{0x80});
+    const auto columns =
+        everyOtherBlock(d8, i, [&](int k) { return hn::LoadU(Bytes16(), loop.steadyLines + offsets.weights[0][k]); });
+    const auto rows = everyOtherBlock(d8, i, [&](int k) {
+        std::uint64_t four = 0;
+        std::memcpy(&four, loop.rowWeights + offsets.rowWeights[k], sizeof four);
+        return hn::BitCast(Bytes16(), hn::Set(hn::FixedTag<std::uint64_t, 2>(), four));
+    });
+    auto sum = hn::Zero(d16);
+    const auto addRow = [&](int row) {
+        const std::uint8_t* const rowOfPicture = loop.picture + row * loop.stride;
+        const auto pixels =
+            everyOtherBlock(d8, i, [&](int k) { return hn::LoadU(Bytes16(), rowOfPicture + offsets.starts[k]); });
+        const auto ordered = hn::Xor(hn::TableLookupBytes(pixels, inEveryBlock(d8, pairing)), signs);
+        const auto spread = hn::Add(inEveryBlock(d8, columnsOfRow), hn::Set(d8, static_cast<std::uint8_t>(4 * row)));
+        const auto once = hn::Add(inEveryBlock(d8, weightOfRow), hn::Set(d8, static_cast<std::uint8_t>(2 * row)));
+        const auto inRow = multipliedPairs(d16, ordered, hn::TableLookupBytes(columns, spread));
+        sum = hn::Add(sum, hn::MulFixedPoint15(inRow, hn::BitCast(d16, hn::TableLookupBytes(rows, once))));
+    };
+    addRow(0);
+    addRow(1);
+    addRow(2);
+    addRow(3);
+    return sum;
+}
+
+/// The pixels from i on, twice `pixelsAside` of them.
+HWY_INLINE void filterManyPixels(const FilterLoop& loop, const Offsets<true>& offsets, int i, std::uint8_t* out) {
+    const BlockBytes d8;
+    const hn::Repartition<std::int16_t, BlockBytes> d16;
+    const hn::Repartition<std::uint64_t, BlockBytes> d64;
+    const auto even = filteredEveryOther(loop, offsets, i);
+    const auto odd = filteredEveryOther(loop, offsets, i + 1);
+    const auto offset = hn::Set(d16, std::int16_t{128});
+    const auto rounded = hn::ShiftRight<8>(hn::SaturatedAdd(addedPairs(d16, even, odd), offset));
+    const auto raised = hn::Add(rounded, offset);
+    const auto packed = hn::BitCast(d64, packedInBlocks(d8, raised, raised));
+    if constexpr (hn::MaxLanes(BlockBytes()) > 16) {
+        const hn::Half<decltype(d64)> half;
+        hn::StoreU(hn::BitCast(hn::Half<BlockBytes>(), hn::LowerHalf(half, hn::ConcatEven(d64, packed, packed))),
+                   hn::Half<BlockBytes>(), out + static_cast<std::ptrdiff_t>(i) * 4);
+    } else {
+        hn::StoreU(hn::BitCast(d8, packed), d8, out + static_cast<std::ptrdiff_t>(i) * 4);
+    }
+}
+
 /// Pixels [from, to), whose footprints lie within the picture. `kRowTaps` is their number, or 0 where it varies.
 template <int kGroups, int kRowTaps, bool kSteady>
 HWY_INLINE void filterInside(const Footprint& footprint, const Offsets<kSteady>& offsets, int from, int to,
@@ -278,6 +360,11 @@ HWY_INLINE void filterInside(const Footprint& footprint, const Offsets<kSteady>&
         loop.picture += offsets.baseRow * loop.stride;
     }
     int i = from;
+    if constexpr (kSteady && kGroups == 1 && kRowTaps == 4 && pixelsAside > 1) {
+        for (; loop.steadyLines != nullptr && i + 2 * pixelsAside <= to; i += 2 * pixelsAside) {
+            filterManyPixels(loop, offsets, i, out);
+        }
+    }
     for (; i + 2 <= to; i += 2) {
         hn::StoreU(roundedPixels(filteredSums<kGroups>(loop, offsets, i), filteredSums<kGroups>(loop, offsets, i + 1)),
                    d8, out + static_cast<std::ptrdiff_t>(i) * 4);

@@ -54,6 +54,9 @@ struct Footprint {
     /// then `shear` is a multiple of `steadyShear`, it moves no row by more than `phasesBeyond` from the middle, and
     /// the rows of a segment lie within 2^31 bytes.
     bool isSteady = false;
+    /// Of a steady footprint of four rows of four columns, where somebody made them: sixteen bytes for each phase from
+    /// -128 up to 383 of its first row, the column weights of all four rows.
+    const std::uint8_t* steadyLines = nullptr;
 };
 constexpr int shearOne = 1 << 15;
 constexpr int steadyShear = shearOne / phases;

@@ -4,8 +4,10 @@
 #include <array>
 #include <atomic>
 #include <cmath>
+#include <map>
 #include <memory>
 #include <mutex>
+#include <utility>
 #include <vector>
 
 namespace quillomat::raster {
@@ -228,6 +230,24 @@ const RowTable& rowTable(double boxWidth, double otherWidth) {
     const WidthPair widths(boxWidth, otherWidth);
     const int taps = static_cast<int>(std::ceil(widths.sum() + 2));
     return shelf.at(widths.wide, widths.narrow, taps + taps % 2, makeRows);
+}
+
+const std::uint8_t* steadyLines(const ColumnTable& columns, int step) {
+    static std::mutex mutex;
+    static std::map<std::pair<const ColumnTable*, int>, std::vector<std::uint8_t>> made;
+    const std::scoped_lock lock(mutex);
+    std::vector<std::uint8_t>& lines = made[{&columns, step}];
+    if (lines.empty()) {
+        for (int phase = -phasesBeyond; phase < phases + phasesBeyond; ++phase) {
+            for (int row = 0; row < 4; ++row) {
+                const int ofRow = std::clamp(phase + row * step, -phasesBeyond, phases + phasesBeyond - 1);
+                for (int tap = 0; tap < 4; ++tap) {
+                    lines.push_back(columns.weight(ofRow, tap));
+                }
+            }
+        }
+    }
+    return lines.data() + std::size_t{phasesBeyond} * 16;
 }
 
 } // namespace quillomat::raster

@@ -22,5 +22,8 @@ constexpr double widestBoxes = 14;
 /// far as `mostTaps` allow. Each table is made when it is first asked for and kept; asking is safe from any thread.
 [[nodiscard]] const ColumnTable& columnTable(double boxWidth, double otherWidth, double slack = 0);
 [[nodiscard]] const RowTable& rowTable(double boxWidth, double otherWidth);
+/// The `steadyLines` of a footprint with these columns, four of them, whose rows' phases differ by `step`; kept as
+/// well.
+[[nodiscard]] const std::uint8_t* steadyLines(const ColumnTable& columns, int step);
 
 } // namespace quillomat::raster

@@ -35,6 +35,35 @@ template <class D> HWY_INLINE hn::Vec<Shorts8> foldedRows(D, hn::Vec<D> sums) {
     }
 }
 
+/// Even and odd pairs of two pixels added, in each block.
+template <class D16> HWY_INLINE hn::Vec<D16> addedPairs(D16 d16, hn::Vec<D16> a, hn::Vec<D16> b) {
+    const hn::Repartition<std::int64_t, D16> d64;
+    const auto a64 = hn::BitCast(d64, a);
+    const auto b64 = hn::BitCast(d64, b);
+    return hn::SaturatedAdd(hn::BitCast(d16, hn::InterleaveLower(d64, a64, b64)),
+                            hn::BitCast(d16, hn::InterleaveUpper(d64, a64, b64)));
+}
+
+/// Two vectors of numbers cut to bytes, block by block: of each block of 16 bytes first those of `lower`.
+template <class D8, class V16> HWY_INLINE hn::Vec<D8> packedInBlocks(D8 d8, V16 lower, V16 upper) {
+#if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+    (void)d8;
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+    if constexpr (hn::MaxLanes(D8()) == 64) {
+        return hn::Vec<D8>{_mm512_packus_epi16(lower.raw, upper.raw)};
+    } else
+#endif
+        if constexpr (hn::MaxLanes(D8()) == 32) {
+        return hn::Vec<D8>{_mm256_packus_epi16(lower.raw, upper.raw)};
+    } else {
+        return hn::Vec<D8>{_mm_packus_epi16(lower.raw, upper.raw)};
+    }
+#else
+    const hn::Half<D8> dHalf;
+    return hn::Combine(d8, hn::DemoteTo(dHalf, upper), hn::DemoteTo(dHalf, lower));
+#endif
+}
+
 #endif
 
 } // namespace HWY_NAMESPACE

@@ -125,21 +125,6 @@ template <class D16> HWY_INLINE hn::Vec<D16> meansOf(D16 d16, hn::Vec<D16> sums)
     return hn::MulHigh(raised, hn::Set(d16, std::int16_t{mixedInverse}));
 }
 
-/// Two vectors of numbers cut to bytes, block by block: of each block of 16 bytes first those of `lower`.
-template <class D8, class V16> HWY_INLINE hn::Vec<D8> packedInBlocks(D8 d8, V16 lower, V16 upper) {
-#if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
-    (void)d8;
-    if constexpr (hn::MaxLanes(D8()) == 32) {
-        return hn::Vec<D8>{_mm256_packus_epi16(lower.raw, upper.raw)};
-    } else {
-        return hn::Vec<D8>{_mm_packus_epi16(lower.raw, upper.raw)};
-    }
-#else
-    const hn::Half<D8> dHalf;
-    return hn::Combine(d8, hn::DemoteTo(dHalf, upper), hn::DemoteTo(dHalf, lower));
-#endif
-}
-
 /// Two rows' bytes side by side.
 template <class D8, class D16>
 HWY_INLINE void addMixedRows(D8 d8, D16 d16, const std::uint8_t* a, const std::uint8_t* b, std::uint16_t weights,
@@ -187,15 +172,6 @@ HWY_INLINE hn::Vec<hn::Repartition<std::int16_t, D8>> mixedGroup(D8 d8, const st
     return mixedPairs(hn::Repartition<std::int16_t, D8>(),
                       hn::TableLookupBytes(hn::LoadU(d8, pixels), hn::Load(d8, pairing)),
                       hn::BitCast(d8, hn::LoadU(dSigned, weights)));
-}
-
-/// Even and odd pairs of two pixels added, in each block.
-template <class D16> HWY_INLINE hn::Vec<D16> addedPairs(D16 d16, hn::Vec<D16> a, hn::Vec<D16> b) {
-    const hn::Repartition<std::int64_t, D16> d64;
-    const auto a64 = hn::BitCast(d64, a);
-    const auto b64 = hn::BitCast(d64, b);
-    return hn::SaturatedAdd(hn::BitCast(d16, hn::InterleaveLower(d64, a64, b64)),
-                            hn::BitCast(d16, hn::InterleaveUpper(d64, a64, b64)));
 }
 
 /// Where one pixel's taps and weights lie.

@@ -169,6 +169,8 @@ private:
         const int unit = footprint.isSteady ? steadyShear : 1;
         footprint.shear = unit * static_cast<std::int32_t>(std::lround(columnsPerRow * shearOne / unit));
         footprint.columns = &columnTable(columns.a, columns.b, footprint.isSteady ? farthest : 0);
+        const bool isSmall = footprint.isSteady && footprint.rows->taps == 4 && footprint.columns->taps == 4;
+        footprint.steadyLines = isSmall ? steadyLines(*footprint.columns, footprint.shear / steadyShear) : nullptr;
     }
 
     void segment(const FootprintBlock& block, int y, int left, int right, std::uint8_t* out,

@@ -274,6 +274,7 @@ TEST_F(KernelsTwins, followCurve) {
 }
 
 TEST_F(KernelsTwins, filterFootprint) {
+    int withSteadyLines = 0;
     for (int i = 0; i < 400; ++i) {
         const int width = 1 + upTo(60);
         const int height = 1 + upTo(40);
@@ -290,6 +291,10 @@ TEST_F(KernelsTwins, filterFootprint) {
             footprint.shear = steadyShear * std::clamp(footprint.shear / steadyShear, -farthest, farthest);
         }
         footprint.columns = &columnTable(boxWidth(), boxWidth(), (i % 7) * 0.08);
+        if (footprint.isSteady && footprint.rows->taps == 4 && footprint.columns->taps == 4 && i % 8 != 0) {
+            footprint.steadyLines = steadyLines(*footprint.columns, footprint.shear / steadyShear);
+            ++withSteadyLines;
+        }
         const int count = 1 + upTo(longestSegment - 1);
         std::vector<std::int32_t> u(longestSegment);
         std::vector<std::int32_t> v(longestSegment);
@@ -302,6 +307,7 @@ TEST_F(KernelsTwins, filterFootprint) {
                             kernels.filterFootprint(footprint, u.data(), v.data(), count, out);
                         });
     }
+    EXPECT_GT(withSteadyLines, 10);
 }
 
 TEST_F(KernelsTwins, footprintsKeepFlatColours) {
@@ -309,11 +315,9 @@ TEST_F(KernelsTwins, footprintsKeepFlatColours) {
     for (const int level : {0, 1, 127, 254, 255}) {
         const std::vector<std::uint8_t> pixels(64 * 64 * 4, static_cast<std::uint8_t>(level));
         for (double width = 0; width <= 7; width += 0.37) {
-            const Footprint footprint{{pixels.data(), 64, 64, 256},
-                                      &columnTable(width, width / 3),
-                                      &rowTable(width / 2, width),
-                                      15000,
-                                      /*isSteady=*/false};
+            const Footprint footprint{{pixels.data(), 64, 64, 256}, &columnTable(width, width / 3),
+                                      &rowTable(width / 2, width),  15000,
+                                      /*isSteady=*/false,           nullptr};
             for (int phase = 0; phase < phases; ++phase) {
                 const std::int32_t u = 32 * phases + phase;
                 const std::int32_t v = 32 * phases + (phase * 7) % phases;
