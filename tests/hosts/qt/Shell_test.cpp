@@ -105,6 +105,15 @@ TEST_F(ShellDuringAFetch, pressesAreNotTakenAndNotKept) {
     EXPECT_FALSE(shell.isWaiting());
 }
 
+TEST_F(ShellDuringAFetch, progressBoxStandsOnTheScreenBeforeTheUpdateFetchesAnything) {
+    shell.launch();
+    ASSERT_NE(front, nullptr);
+    std::vector<QString> notices;
+    web.meanwhile = [&] { notices.push_back(front->notice()); };
+    front->pressRight();
+    EXPECT_EQ(notices, (std::vector<QString>(2, QStringLiteral("Downloading Files"))));
+}
+
 TEST_F(ShellDuringAFetch, answersAreNotTakenAndStandAsBefore) {
     shell.launch();
     front->pressLeft();
