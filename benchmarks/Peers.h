@@ -4,6 +4,7 @@
 #include "Scene.h"
 
 #include <memory>
+#include <vector>
 
 namespace quillomat::benchmarks {
 
@@ -18,9 +19,21 @@ public:
 
 [[nodiscard]] std::unique_ptr<Peer> makeQtPeer(const Scene& scene);
 [[nodiscard]] std::unique_ptr<Peer> makeOpenCvPeer(const Scene& scene);
+[[nodiscard]] std::unique_ptr<Peer> makeVipsPeer(const Scene& scene);
+[[nodiscard]] std::unique_ptr<Peer> makeMagickPeer(const Scene& scene);
 
 /// Only the screenshot in its quad, on a clear canvas: what quality is judged on.
 [[nodiscard]] Bitmap warpWithQt(const Bitmap& picture, const Quad& quad, PixelSize canvas);
 [[nodiscard]] Bitmap warpWithOpenCv(const Bitmap& picture, const Quad& quad, PixelSize canvas);
+[[nodiscard]] Bitmap warpWithVips(const Bitmap& picture, const Quad& quad, PixelSize canvas);
+[[nodiscard]] Bitmap warpWithMagick(const Bitmap& picture, const Quad& quad, PixelSize canvas);
+
+struct KnownPeer {
+    const char* name;
+    const char* title;
+    std::unique_ptr<Peer> (*make)(const Scene& scene);
+    Bitmap (*warp)(const Bitmap& picture, const Quad& quad, PixelSize canvas);
+};
+[[nodiscard]] const std::vector<KnownPeer>& knownPeers();
 
 } // namespace quillomat::benchmarks

@@ -3,9 +3,14 @@
 
 #include "DrawnPictures.h"
 #include "platform/graphics/BitmapContext.h"
+#include "platform/graphics/Rasterizer.h"
 #include "platform/graphics/SparsePicture.h"
 
+#include <algorithm>
+#include <atomic>
 #include <cmath>
+#include <thread>
+#include <vector>
 
 namespace quillomat::benchmarks {
 
@@ -102,6 +107,23 @@ inline Recording recordingOfScene(const Scene& scene) {
         context.drawImage(Image(std::make_shared<const OverlaySource>(overlay)), makeRect(0, 0, side, side));
     }
     return context.recording();
+}
+
+/// Draws into a canvas that is there already.
+inline void rasterizeBands(const Rasterizer& rasterizer, Bitmap& canvas, int threads) {
+    constexpr int bandRows = 32;
+    std::atomic<int> next{0};
+    const auto work = [&] {
+        for (int top = next++ * bandRows; top < canvas.height(); top = next++ * bandRows) {
+            const int count = std::min(bandRows, canvas.height() - top);
+            rasterizer.rows(top, count, canvas.bytes().subspan(canvas.stride() * static_cast<std::size_t>(top)));
+        }
+    };
+    std::vector<std::jthread> helpers;
+    for (int i = 1; i < threads; ++i) {
+        helpers.emplace_back(work);
+    }
+    work();
 }
 
 } // namespace quillomat::benchmarks

@@ -98,8 +98,9 @@ void judgeQuads(const char* content, const std::function<Bitmap(PixelSize)>& dra
         printScore(name, "quillomat", scoreOf(truth, rasterize(recording)));
 #ifdef QUILLOMAT_WITH_PEERS
         if (c.radius == 0) {
-            printScore(name, "qt", scoreOf(truth, warpWithQt(picture, c.quad, canvas)));
-            printScore(name, "opencv", scoreOf(truth, warpWithOpenCv(picture, c.quad, canvas)));
+            for (const KnownPeer& peer : knownPeers()) {
+                printScore(name, peer.name, scoreOf(truth, peer.warp(picture, c.quad, canvas)));
+            }
         }
 #endif
     }
