@@ -33,6 +33,7 @@ void DesktopSettings::watch(QDBusConnection bus) {
     if (!bus.isConnected()) {
         return;
     }
+    qRegisterMetaType<QDBusVariant>(); // or the slot's parameter is unknown to the bus, and nothing is ever told
     bus.connect(service, path, interface, QStringLiteral("SettingChanged"), this,
                 SLOT(take(QString, QString, QDBusVariant)));
     for (const auto& [group, key] : {std::pair{desktop, animations}, {desktop, text}, {appearance, motion}}) {
