@@ -86,7 +86,7 @@ def answers(port):
         "/silent": lambda s: time.sleep(60),
         "/silent-after-head": lambda s: (send(s, head("200 OK", length(100))), time.sleep(60)),
         "/slow": lambda s: drip(s, head("200 OK", length(100000)), b"x", 0.2),
-        "/steady-but-endless": lambda s: drip(s, head(), bytes(2000), 0.1),
+        "/steady-but-endless": lambda s: drip(s, head(), bytes(20000), 0.05),
         "/slow-head": lambda s: drip(s, b"HTTP/1.1 200 OK\r\n", b"X", 0.2),
         "/endless": lambda s: flood(s, head(), megabyte),
         "/endless-chunks": lambda s: flood(s, head("200 OK", chunked), chunk(megabyte)),
