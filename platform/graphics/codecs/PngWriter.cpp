@@ -122,7 +122,15 @@ public:
     [[nodiscard]] bool make(int first, int count, Band& band) {
         const std::size_t width = static_cast<std::size_t>(source_.size.width);
         source_.rows(first, count, std::span(premultiplied_).first(width * 4 * static_cast<std::size_t>(count)));
+        straighten(count);
+        return deflate(first, count, band);
+    }
+
+private:
+    /// What the file holds, from what was drawn.
+    void straighten(int count) {
         const trace::Span span("straighten");
+        const std::size_t width = static_cast<std::size_t>(source_.size.width);
         for (int y = 0; y < count; ++y) {
             const std::uint8_t* from = premultiplied_.data() + width * 4 * static_cast<std::size_t>(y);
             if (source_.isOpaque) {
@@ -133,10 +141,8 @@ public:
             // What a vector may have written behind the row is the zero before the next one.
             std::fill_n(row(y) + rowBytes_, rowPadding, std::uint8_t{0});
         }
-        return deflate(first, count, band);
     }
 
-private:
     /// A zero row lies before the first one.
     [[nodiscard]] std::uint8_t* row(int y) {
         return straight_.data() + rowStride_ * static_cast<std::size_t>(y + 1) + rowPadding;
