@@ -72,6 +72,26 @@ Item {
             press("Back");
             gone("upright.png");
         }
+        // The kind of screen that the focus is in.
+        function focusedScreen() {
+            for (let place = main.activeFocusItem; place; place = place.parent) {
+                if (place.screen && place.screen.kind)
+                    return place.screen.kind;
+            }
+            return "none";
+        }
+        function test_tabDuringAPushStaysWithTheNewScreen() {
+            main.requestActivate();
+            tryVerify(() => main.active);
+            press("Phones");
+            compare(focusedScreen(), "gallery");
+            for (let times = 0; times < 4; ++times) {
+                keyClick(Qt.Key_Tab);
+                compare(focusedScreen(), "gallery");
+            }
+            press("Back");
+            gone("upright.png");
+        }
         function test_dismissClosesTheSheet() {
             press("Options");
             expect("Import Mockup");

@@ -13,6 +13,8 @@ FocusScope {
     property color ground: Theme.ground
     default property alias content: body.data
 
+    // A screen that is on its way out takes no key: the focus would leave with it.
+    enabled: Basic.StackView.status !== Basic.StackView.Deactivating
     Basic.StackView.onRemoved: Shell.release(screen)
 
     Rectangle {
