@@ -91,6 +91,38 @@ constexpr float farthestFromOrigin = 1 << 17;
 constexpr int mixedWhole = 112;
 /// 65536 / mixedWhole: (sum + mixedWhole / 2) x this / 65536 is at most 0.06 below the sum's mean.
 constexpr int mixedInverse = 585;
+/// What a line's positive weights come to at most, so that no sum of them leaves 16 bits in whatever order it is made.
+constexpr int mostOneSign = 128;
+static_assert(255 * mostOneSign + mixedWhole / 2 <= 32767);
+
+/// Neighbouring columns that wide registers mix at once.
+constexpr int columnsTogether = 8;
+/// So many neighbouring pixels hold what such a group takes of one pair of taps, and so many pairs it may take.
+constexpr int narrowWindow = 16;
+constexpr int mostNarrowPairs = 3;
+constexpr int wideWindow = 32;
+constexpr int fewestWidePairs = 3;
+constexpr int mostWidePairs = 9;
+
+/// Where the first taps of the columns of a group lie: pixel `base` of a row, and so many bytes on.
+struct ColumnGroup {
+    std::int32_t base = 0;
+    std::uint8_t offsets[columnsTogether] = {};
+};
+
+/// Which pixels of a row each column takes, and their weights.
+struct MixedColumns {
+    int taps = 4; // 4 or a multiple of 8
+    const std::int32_t* first = nullptr;
+    /// Of each two weights the pair stands four times over, once for each channel.
+    const std::int8_t* weights = nullptr;
+    /// The same once more for groups of columns, the first from column 0 on, where a window holds their pixels. Of each
+    /// group, pair by pair of taps, its columns' weights; the last ones are followed by 64 bytes of anything.
+    const ColumnGroup* groups = nullptr;
+    const std::int8_t* groupWeights = nullptr;
+    int pairs = 0;
+    int window = 0; // `narrowWindow` or `wideWindow`
+};
 
 struct Kernels {
     const char* name;
@@ -111,14 +143,12 @@ struct Kernels {
     /// sum 16384. Colours that overshoot are cut to the alpha.
     void (*combineColumns)(const std::int16_t* row, const std::int32_t* first, const std::int16_t* weights, int taps,
                            int count, std::uint8_t* out);
-    /// The same two in bytes, with weights of the sum `mixedWhole` and sums that saturate at 16 bits, two neighbouring
-    /// weights' products first. Where no two neighbours' weights, and no line's positive ones, are over 1.14 times the
-    /// sum, nothing saturates that would not be cut at 255 anyway.
+    /// The same two in bytes, with weights of the sum `mixedWhole`, of which neither the positive ones nor the negative
+    /// ones come to more than `mostOneSign`.
     void (*mixRows)(const std::uint8_t* const* rows, const std::int8_t* weights, int taps, int count,
                     std::uint8_t* out);
-    /// `taps` is 4 or a multiple of 8; of each two weights the pair stands four times over, once for each channel.
-    void (*mixColumns)(const std::uint8_t* row, const std::int32_t* first, const std::int8_t* weights, int taps,
-                       int count, std::uint8_t* out);
+    /// `count` columns from `from` on. Colours that overshoot are cut to the alpha.
+    void (*mixColumns)(const MixedColumns& columns, const std::uint8_t* row, int from, int count, std::uint8_t* out);
     /// Draws `count` pixels over `canvas`, each at its coverage.
     void (*compositeCovered)(std::uint8_t* canvas, const std::uint8_t* pixels, const std::uint8_t* coverage, int count);
     /// The same at one coverage.

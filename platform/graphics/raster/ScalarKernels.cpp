@@ -136,40 +136,32 @@ void combineColumns(const std::int16_t* row, const std::int32_t* first, const st
     }
 }
 
-int saturated(int sum) {
-    return std::clamp(sum, -32768, 32767);
-}
-
 /// A sum of weights' products as a byte.
 std::uint8_t meanOf(int sum) {
-    return static_cast<std::uint8_t>(std::clamp((saturated(sum + mixedWhole / 2) * mixedInverse) >> 16, 0, 255));
+    return static_cast<std::uint8_t>(std::clamp(((sum + mixedWhole / 2) * mixedInverse) >> 16, 0, 255));
 }
 
 void mixRows(const std::uint8_t* const* rows, const std::int8_t* weights, int taps, int count, std::uint8_t* out) {
     for (int i = 0; i < count; ++i) {
         int sum = 0;
-        for (int tap = 0; tap < taps; tap += 2) {
-            const int second = tap + 1 < taps ? rows[tap + 1][i] * weights[tap + 1] : 0;
-            sum = saturated(sum + saturated(rows[tap][i] * weights[tap] + second));
+        for (int tap = 0; tap < taps; ++tap) {
+            sum += rows[tap][i] * weights[tap];
         }
         out[i] = meanOf(sum);
     }
 }
 
-void mixColumns(const std::uint8_t* row, const std::int32_t* first, const std::int8_t* weights, int taps, int count,
-                std::uint8_t* out) {
-    for (int i = 0; i < count; ++i, weights += static_cast<std::ptrdiff_t>(taps) * 4, out += 4) {
-        const std::uint8_t* pixels = row + static_cast<std::ptrdiff_t>(first[i]) * 4;
+void mixColumns(const MixedColumns& columns, const std::uint8_t* row, int from, int count, std::uint8_t* out) {
+    const int taps = columns.taps;
+    for (int i = from; i < from + count; ++i, out += 4) {
+        const std::uint8_t* pixels = row + static_cast<std::ptrdiff_t>(columns.first[i]) * 4;
+        const std::int8_t* weights = columns.weights + static_cast<std::ptrdiff_t>(i) * taps * 4;
         for (int channel = 0; channel < 4; ++channel) {
-            // Groups of four taps are summed in turn in two places, each for even and odd pairs, as wide registers do.
-            int sums[2][2] = {};
-            for (int tap = 0; tap < taps; tap += 2) {
-                int& sum = sums[tap / 4 % 2][tap / 2 % 2];
-                const std::int8_t* both = weights + static_cast<std::ptrdiff_t>(tap) * 4;
-                const int pair = pixels[tap * 4 + channel] * both[0] + pixels[tap * 4 + 4 + channel] * both[1];
-                sum = saturated(sum + saturated(pair));
+            int sum = 0;
+            for (int tap = 0; tap < taps; ++tap) {
+                sum += pixels[tap * 4 + channel] * weights[tap / 2 * 8 + tap % 2];
             }
-            out[channel] = meanOf(saturated(saturated(sums[0][0] + sums[0][1]) + saturated(sums[1][0] + sums[1][1])));
+            out[channel] = meanOf(sum);
         }
         for (int channel = 0; channel < 3; ++channel) {
             out[channel] = std::min(out[channel], out[3]);

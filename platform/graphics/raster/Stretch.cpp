@@ -1,3 +1,4 @@
+#include "platform/graphics/raster/MixTable.h"
 #include "platform/graphics/raster/Pyramid.h"
 #include "platform/graphics/raster/Sampler.h"
 #include "platform/graphics/raster/StretchAxis.h"
@@ -68,18 +69,6 @@ private:
     const Kernels& kernels_;
 };
 
-/// Of each two weights the pair, four times over.
-void repeatPairs(AxisTable<std::int8_t>& table) {
-    std::vector<std::int8_t> repeated;
-    repeated.reserve(table.weights.size() * 4);
-    for (std::size_t i = 0; i < table.weights.size(); i += 2) {
-        for (int channel = 0; channel < 4; ++channel) {
-            repeated.insert(repeated.end(), {table.weights[i], table.weights[i + 1]});
-        }
-    }
-    table.weights = std::move(repeated);
-}
-
 /// For backgrounds, which are large and soft: bytes throughout, several times faster.
 class MixSampler final : public Sampler {
 public:
@@ -87,17 +76,15 @@ public:
                const SampledArea& area, const Kernels& kernels)
         : pyramid_(std::move(picture))
         , view_(pyramid_->level(across.level(), down.level()))
-        , columns_(across.table<std::int8_t>(area.left, area.right, view_.width, {mixedWhole, 4, 8}))
+        , columns_(across.table<std::int8_t>(area.left, area.right, view_.width, {mixedWhole, 4, 8}), view_.width)
         , rows_(down.table<std::int8_t>(area.top, area.bottom, view_.height, {mixedWhole, 1, 1}))
-        , kernels_(kernels) {
-        repeatPairs(columns_);
-    }
+        , kernels_(kernels) {}
 
     void row(int y, int left, int right, std::uint8_t* out, SamplerScratch& scratch) const override {
         if (left >= right) {
             return;
         }
-        const Columns columns(columns_, left, right, view_.width);
+        const Columns columns(columns_.axis(), left, right, view_.width);
         scratch.rows.clear();
         scratch.mixWeights.clear();
         for (int tap = 0; tap < rows_.taps; ++tap) {
@@ -108,9 +95,9 @@ public:
             }
         }
         const std::uint8_t* mixed = scratch.rows.front();
-        // A row that is taken as it is needs no copy, where the picture is as wide as the taps.
-        if (scratch.rows.size() > 1 || view_.width < columns_.taps) {
-            scratch.mixed.resize(static_cast<std::size_t>(std::max(view_.width, columns_.taps)) * 4);
+        // A row that is taken as it is needs no copy, where the picture is as wide as what is read at once.
+        if (scratch.rows.size() > 1 || view_.width < columns_.roomOfRow()) {
+            scratch.mixed.resize(std::max(scratch.mixed.size(), static_cast<std::size_t>(columns_.roomOfRow()) * 4));
             for (const std::uint8_t*& row : scratch.rows) {
                 row += columns.firstByte();
             }
@@ -118,16 +105,13 @@ public:
                              columns.bytes(), scratch.mixed.data() + columns.firstByte());
             mixed = scratch.mixed.data();
         }
-        kernels_.mixColumns(mixed, columns_.first.data() + columns_.index(left),
-                            columns_.weights.data() +
-                                columns_.index(left) * static_cast<std::size_t>(columns_.taps) * 4,
-                            columns_.taps, right - left, out);
+        kernels_.mixColumns(columns_.view(), mixed, static_cast<int>(columns_.axis().index(left)), right - left, out);
     }
 
 private:
     std::shared_ptr<const Pyramid> pyramid_;
     PixelView view_;
-    AxisTable<std::int8_t> columns_;
+    MixTable columns_;
     AxisTable<std::int8_t> rows_;
     const Kernels& kernels_;
 };

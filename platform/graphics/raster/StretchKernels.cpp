@@ -1,7 +1,11 @@
 // Stretches along the axes in wide registers; each gives the bits of the scalar twin.
 #include "platform/graphics/raster/Kernels.h"
 
+#include <hwy/cache_control.h>
+
+#include <algorithm>
 #include <cstring>
+#include <iterator>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "platform/graphics/raster/StretchKernels.cpp"
@@ -96,11 +100,16 @@ void combineColumns(const std::int16_t* row, const std::int32_t* first, const st
                                    out + static_cast<std::ptrdiff_t>(i) * 4);
 }
 
-/// Of each two neighbouring bytes the saturated sum of their products with two signed weights.
+/// Of each two neighbouring bytes the sum of their products with two signed weights.
 template <class D16, class V8> HWY_INLINE hn::Vec<D16> mixedPairs(D16 d16, V8 pixels, V8 weights) {
 #if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
     (void)d16;
-    if constexpr (hn::MaxLanes(D16()) == 16) {
+#if HWY_TARGET != HWY_AVX2
+    if constexpr (hn::MaxLanes(D16()) == 32) {
+        return hn::Vec<D16>{_mm512_maddubs_epi16(pixels.raw, weights.raw)};
+    } else
+#endif
+        if constexpr (hn::MaxLanes(D16()) == 16) {
         return hn::Vec<D16>{_mm256_maddubs_epi16(pixels.raw, weights.raw)};
     } else {
         return hn::Vec<D16>{_mm_maddubs_epi16(pixels.raw, weights.raw)};
@@ -115,49 +124,84 @@ template <class D16, class V8> HWY_INLINE hn::Vec<D16> mixedPairs(D16 d16, V8 pi
     const auto even = hn::Mul(hn::BitCast(d16, hn::And(p, hn::Set(u16, std::uint16_t{0xFF}))),
                               hn::ShiftRight<8>(hn::ShiftLeft<8>(w)));
     const auto odd = hn::Mul(hn::BitCast(d16, hn::ShiftRight<8>(p)), hn::ShiftRight<8>(w));
-    return hn::SaturatedAdd(even, odd);
+    return hn::Add(even, odd);
 #endif
 }
 
 /// Sums of weights' products as means, still in 16 bits.
 template <class D16> HWY_INLINE hn::Vec<D16> meansOf(D16 d16, hn::Vec<D16> sums) {
-    const auto raised = hn::SaturatedAdd(sums, hn::Set(d16, std::int16_t{mixedWhole / 2}));
+    const auto raised = hn::Add(sums, hn::Set(d16, std::int16_t{mixedWhole / 2}));
     return hn::MulHigh(raised, hn::Set(d16, std::int16_t{mixedInverse}));
 }
 
-/// Two rows' bytes side by side.
-template <class D8, class D16>
-HWY_INLINE void addMixedRows(D8 d8, D16 d16, const std::uint8_t* a, const std::uint8_t* b, std::uint16_t weights,
-                             hn::Vec<D16>& low, hn::Vec<D16>& high) {
-    const auto above = hn::LoadU(d8, a);
-    const auto below = hn::LoadU(d8, b);
-    const auto pair = hn::BitCast(d8, hn::Set(hn::RebindToUnsigned<D16>(), weights));
-    low = hn::SaturatedAdd(low, mixedPairs(d16, hn::InterleaveLower(d8, above, below), pair));
-    high = hn::SaturatedAdd(high, mixedPairs(d16, hn::InterleaveUpper(d8, above, below), pair));
+// Rows are mixed over whole registers, however wide.
+using WideBytes = hn::CappedTag<std::uint8_t, 64>;
+using WideShorts = hn::Repartition<std::int16_t, WideBytes>;
+constexpr auto wideLanes = static_cast<int>(hn::MaxLanes(WideBytes()));
+
+/// The rows two by two, and their weights, each pair as often as a register holds it.
+struct RowPairs {
+    struct Pair {
+        const std::uint8_t* above;
+        const std::uint8_t* below;
+    };
+    alignas(64) std::uint8_t weights[mostTaps * 2][wideLanes];
+    Pair rows[mostTaps * 2];
+    int count = 0;
+
+    HWY_INLINE RowPairs(const std::uint8_t* const* taken, const std::int8_t* line, int taps) {
+        for (int tap = 0; tap < taps; tap += 2, ++count) {
+            const bool isPaired = tap + 1 < taps;
+            const auto first = static_cast<std::uint8_t>(line[tap]);
+            const auto second = static_cast<std::uint8_t>(isPaired ? line[tap + 1] : 0);
+            const auto both =
+                hn::Set(hn::RebindToUnsigned<WideShorts>(), static_cast<std::uint16_t>(first | second << 8));
+            hn::Store(hn::BitCast(WideBytes(), both), WideBytes(), weights[count]);
+            rows[count] = {taken[tap], taken[isPaired ? tap + 1 : tap]};
+        }
+    }
+};
+
+/// Bytes of two rows side by side, in all registers of `kTogether`.
+template <int kTogether> HWY_INLINE void mixStretch(const RowPairs& pairs, std::ptrdiff_t at, std::uint8_t* out) {
+    const WideBytes d8;
+    const WideShorts d16;
+    hn::Vec<WideShorts> low[kTogether];
+    hn::Vec<WideShorts> high[kTogether];
+    for (int pair = 0; pair < pairs.count; ++pair) {
+        const auto weights = hn::Load(d8, pairs.weights[pair]);
+        for (int k = 0; k < kTogether; ++k) {
+            const auto above = hn::LoadU(d8, pairs.rows[pair].above + at + k * wideLanes);
+            const auto below = hn::LoadU(d8, pairs.rows[pair].below + at + k * wideLanes);
+            const auto lower = mixedPairs(d16, hn::InterleaveLower(d8, above, below), weights);
+            const auto upper = mixedPairs(d16, hn::InterleaveUpper(d8, above, below), weights);
+            low[k] = pair == 0 ? lower : hn::Add(low[k], lower);
+            high[k] = pair == 0 ? upper : hn::Add(high[k], upper);
+        }
+    }
+    for (int k = 0; k < kTogether; ++k) {
+        hn::StoreU(packedInBlocks(d8, meansOf(d16, low[k]), meansOf(d16, high[k])), d8, out + at + k * wideLanes);
+    }
 }
 
 void mixRows(const std::uint8_t* const* rows, const std::int8_t* weights, int taps, int count, std::uint8_t* out) {
-    const RowBytes d8;
-    const RowShorts d16;
-    constexpr auto lanes = static_cast<int>(hn::MaxLanes(RowBytes()));
-    const std::uint8_t* ends[mostTaps * 4];
-    int i = 0;
-    for (; i + lanes <= count; i += lanes) {
-        auto low = hn::Zero(d16);
-        auto high = hn::Zero(d16);
-        for (int tap = 0; tap < taps; tap += 2) {
-            const bool isPaired = tap + 1 < taps;
-            const auto second = static_cast<std::uint8_t>(isPaired ? weights[tap + 1] : 0);
-            const auto both = static_cast<std::uint16_t>(static_cast<std::uint8_t>(weights[tap]) | second << 8);
-            addMixedRows(d8, d16, rows[tap] + i, rows[isPaired ? tap + 1 : tap] + i, both, low, high);
-        }
-        hn::StoreU(packedInBlocks(d8, meansOf(d16, low), meansOf(d16, high)), d8, out + i);
+    if (count < wideLanes) {
+        scalarKernels().mixRows(rows, weights, taps, count, out);
+        return;
+    }
+    const RowPairs pairs(rows, weights, taps);
+    // The first ones, as far as rows then lie on whole registers: what crosses a line of the cache is read twice.
+    mixStretch<1>(pairs, 0, out);
+    auto i = static_cast<int>(wideLanes - reinterpret_cast<std::uintptr_t>(rows[0]) % wideLanes);
+    for (; i + 2 * wideLanes <= count; i += 2 * wideLanes) {
+        mixStretch<2>(pairs, i, out);
+    }
+    for (; i + wideLanes <= count; i += wideLanes) {
+        mixStretch<1>(pairs, i, out);
     }
     if (i < count) {
-        for (int tap = 0; tap < taps; ++tap) {
-            ends[tap] = rows[tap] + i;
-        }
-        scalarKernels().mixRows(ends, weights, taps, count - i, out + i);
+        // The last ones together with some that are there already.
+        mixStretch<1>(pairs, count - wideLanes, out);
     }
 }
 
@@ -187,8 +231,8 @@ HWY_INLINE hn::Vec<Shorts8> everyOtherGroup(const MixedPixel& a, const MixedPixe
     auto sumA = hn::Zero(d16);
     auto sumB = hn::Zero(d16);
     for (int tap = first; tap < taps; tap += 8) {
-        sumA = hn::SaturatedAdd(sumA, mixedGroup(d8, a.pixels + tap * 4, a.weights + tap * 4));
-        sumB = hn::SaturatedAdd(sumB, mixedGroup(d8, b.pixels + tap * 4, b.weights + tap * 4));
+        sumA = hn::Add(sumA, mixedGroup(d8, a.pixels + tap * 4, a.weights + tap * 4));
+        sumB = hn::Add(sumB, mixedGroup(d8, b.pixels + tap * 4, b.weights + tap * 4));
     }
     return addedPairs(d16, sumA, sumB);
 }
@@ -205,12 +249,12 @@ template <class At> HWY_INLINE hn::Vec<Shorts8> mixedTwo(const At& at, int i, in
         auto sumA = mixedGroup(d8, a.pixels, a.weights);
         auto sumB = mixedGroup(d8, b.pixels, b.weights);
         for (int tap = 8; tap < taps; tap += 8) {
-            sumA = hn::SaturatedAdd(sumA, mixedGroup(d8, a.pixels + tap * 4, a.weights + tap * 4));
-            sumB = hn::SaturatedAdd(sumB, mixedGroup(d8, b.pixels + tap * 4, b.weights + tap * 4));
+            sumA = hn::Add(sumA, mixedGroup(d8, a.pixels + tap * 4, a.weights + tap * 4));
+            sumB = hn::Add(sumB, mixedGroup(d8, b.pixels + tap * 4, b.weights + tap * 4));
         }
         return foldedRows(d16, addedPairs(d16, sumA, sumB));
     } else {
-        return hn::SaturatedAdd(everyOtherGroup(a, b, 0, taps), everyOtherGroup(a, b, 4, taps));
+        return hn::Add(everyOtherGroup(a, b, 0, taps), everyOtherGroup(a, b, 4, taps));
     }
 }
 
@@ -243,13 +287,124 @@ HWY_INLINE int mixColumnsOf(const std::uint8_t* row, const std::int32_t* first, 
     return i;
 }
 
-void mixColumns(const std::uint8_t* row, const std::int32_t* first, const std::int8_t* weights, int taps, int count,
-                std::uint8_t* out) {
+void mixEachColumn(const MixedColumns& columns, const std::uint8_t* row, int from, int count, std::uint8_t* out) {
+    const std::int32_t* first = columns.first + from;
+    const std::int8_t* weights = columns.weights + static_cast<std::ptrdiff_t>(from) * columns.taps * 4;
+    const int taps = columns.taps;
     const int done = taps == 8   ? mixColumnsOf<8>(row, first, weights, taps, count, out)
                      : taps == 4 ? mixColumnsOf<4>(row, first, weights, taps, count, out)
                                  : mixColumnsOf<0>(row, first, weights, taps, count, out);
-    scalarKernels().mixColumns(row, first + done, weights + static_cast<std::ptrdiff_t>(done) * taps * 4, taps,
-                               count - done, out + static_cast<std::ptrdiff_t>(done) * 4);
+    scalarKernels().mixColumns(columns, row, from + done, count - done, out + static_cast<std::ptrdiff_t>(done) * 4);
+}
+
+#if HWY_TARGET == HWY_AVX3_DL
+
+/// Eight columns at once. A permutation brings a pair of taps of each column to its place, eight bytes a column; the
+/// next pair's lie two pixels further on, all of them.
+template <int kPairs, int kWindow> class GroupMixer {
+public:
+    HWY_INLINE GroupMixer(const MixedColumns& columns, const std::uint8_t* row) : columns_(columns), row_(row) {
+        for (int pair = 0; pair < 4; ++pair) {
+            weightPlaces_[pair] = places([=](int column, int byte) { return pair * 16 + column * 2 + byte % 2; });
+        }
+        offsetPlaces_ = places([](int column, int) { return column; });
+        firstPair_ = places([](int, int byte) { return byte / 2 + byte % 2 * 4; });
+    }
+
+    /// The columns' means, in 16 bits.
+    HWY_INLINE __m512i means(std::ptrdiff_t group) const {
+        const ColumnGroup& at = columns_.groups[group];
+        const std::uint8_t* pixels = row_ + static_cast<std::ptrdiff_t>(at.base) * 4;
+        const std::int8_t* weights = columns_.groupWeights + group * (kPairs * 2 * columnsTogether);
+        // A row that is read where it lies comes from memory, more slowly than it is mixed.
+        hwy::Prefetch(pixels + 4096);
+        const auto offsets = _mm512_castsi128_si512(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(at.offsets)));
+        auto taken = _mm512_add_epi8(_mm512_permutexvar_epi8(offsetPlaces_, offsets), firstPair_);
+        const auto window = _mm512_loadu_si512(pixels);
+        auto fourPairs = _mm512_setzero_si512();
+        auto sum = _mm512_setzero_si512();
+        for (int pair = 0; pair < kPairs; ++pair) {
+            if (pair % 4 == 0) {
+                fourPairs = _mm512_loadu_si512(weights + pair * 16);
+            }
+            auto both = _mm512_setzero_si512();
+            if constexpr (kWindow == narrowWindow) {
+                both = _mm512_permutexvar_epi8(taken, window);
+                taken = _mm512_add_epi8(taken, _mm512_set1_epi8(8));
+            } else {
+                both = _mm512_permutex2var_epi8(_mm512_loadu_si512(pixels + pair * 8), taken,
+                                                _mm512_loadu_si512(pixels + pair * 8 + 64));
+            }
+            const auto pairWeights = _mm512_permutexvar_epi8(weightPlaces_[pair % 4], fourPairs);
+            sum = _mm512_add_epi16(sum, _mm512_maddubs_epi16(both, pairWeights));
+        }
+        return meansOf(WideShorts(), hn::Vec<WideShorts>{sum}).raw;
+    }
+
+private:
+    /// A permutation: which byte goes to each of a column's eight.
+    template <class From> static __m512i places(From from) {
+        alignas(64) std::uint8_t bytes[64];
+        for (int i = 0; i < 64; ++i) {
+            bytes[i] = static_cast<std::uint8_t>(from(i / 8, i % 8));
+        }
+        return _mm512_load_si512(bytes);
+    }
+
+    const MixedColumns& columns_;
+    const std::uint8_t* row_;
+    __m512i weightPlaces_[4];
+    __m512i offsetPlaces_;
+    __m512i firstPair_;
+};
+
+template <int kPairs, int kWindow>
+void mixGroups(const MixedColumns& columns, const std::uint8_t* row, int from, int count, std::uint8_t* out) {
+    const GroupMixer<kPairs, kWindow> mixer(columns, row);
+    const auto inOrder = _mm512_set_epi64(7, 5, 3, 1, 6, 4, 2, 0);
+    const auto alphas = _mm512_set4_epi32(0x0F0F0F0F, 0x0B0B0B0B, 0x07070707, 0x03030303);
+    const std::ptrdiff_t end = std::ptrdiff_t{from} + count;
+    const std::ptrdiff_t last = (end - 1) / columnsTogether;
+    for (std::ptrdiff_t group = from / columnsTogether; group <= last; group += 2) {
+        const auto packed = _mm512_packus_epi16(mixer.means(group), mixer.means(group < last ? group + 1 : last));
+        const auto bytes = _mm512_permutexvar_epi64(inOrder, packed);
+        const auto bounded = _mm512_min_epu8(bytes, _mm512_shuffle_epi8(bytes, alphas));
+        const std::ptrdiff_t left = group * columnsTogether;
+        if (left >= from && left + 2 * columnsTogether <= end) {
+            _mm512_storeu_si512(out + (left - from) * 4, bounded);
+        } else {
+            alignas(64) std::uint8_t all[64];
+            _mm512_store_si512(all, bounded);
+            const std::ptrdiff_t first = std::max<std::ptrdiff_t>(left, from);
+            const std::ptrdiff_t behind = std::min<std::ptrdiff_t>(left + 2 * columnsTogether, end);
+            std::memcpy(out + (first - from) * 4, all + (first - left) * 4,
+                        static_cast<std::size_t>(behind - first) * 4);
+        }
+    }
+}
+
+void mixColumnsTogether(const MixedColumns& columns, const std::uint8_t* row, int from, int count, std::uint8_t* out) {
+    using Mix = void (*)(const MixedColumns&, const std::uint8_t*, int, int, std::uint8_t*);
+    static constexpr Mix narrow[] = {mixGroups<1, narrowWindow>, mixGroups<2, narrowWindow>,
+                                     mixGroups<3, narrowWindow>};
+    static constexpr Mix wide[] = {mixGroups<3, wideWindow>, mixGroups<4, wideWindow>, mixGroups<5, wideWindow>,
+                                   mixGroups<6, wideWindow>, mixGroups<7, wideWindow>, mixGroups<8, wideWindow>,
+                                   mixGroups<9, wideWindow>};
+    static_assert(std::size(narrow) == mostNarrowPairs && std::size(wide) == mostWidePairs - fewestWidePairs + 1);
+    const Mix mix = columns.window == narrowWindow ? narrow[columns.pairs - 1] : wide[columns.pairs - fewestWidePairs];
+    mix(columns, row, from, count, out);
+}
+
+#endif
+
+void mixColumns(const MixedColumns& columns, const std::uint8_t* row, int from, int count, std::uint8_t* out) {
+#if HWY_TARGET == HWY_AVX3_DL
+    if (columns.groups != nullptr && count > 0) {
+        mixColumnsTogether(columns, row, from, count, out);
+        return;
+    }
+#endif
+    mixEachColumn(columns, row, from, count, out);
 }
 
 #endif

@@ -2,10 +2,13 @@
 #include "platform/graphics/raster/Kernels.h"
 
 #include "EveryTarget.h"
+#include "platform/graphics/raster/MixTable.h"
 #include "platform/graphics/raster/Profiles.h"
+#include "platform/graphics/raster/StretchAxis.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <functional>
@@ -40,6 +43,19 @@ protected:
             }
         }
         return bytes;
+    }
+
+    /// Weights as bytes are mixed with: neither sign's come to more than `mostOneSign`, and often they do to that.
+    std::vector<std::int8_t> mixWeights(int count) {
+        std::vector<std::int8_t> weights(static_cast<std::size_t>(count));
+        int left[2] = {mostOneSign, mostOneSign};
+        for (int i = 0; i < count; ++i) {
+            const auto sign = static_cast<std::size_t>(upTo(1));
+            const int weight = upTo(3) == 0 ? std::min(left[sign], 127) : upTo(std::min(left[sign], 256 / count));
+            left[sign] -= weight;
+            weights[static_cast<std::size_t>(i)] = static_cast<std::int8_t>(sign == 0 ? weight : -weight);
+        }
+        return weights;
     }
 
     int upTo(int limit) { return static_cast<int>(random_() % static_cast<unsigned>(limit + 1)); }
@@ -156,18 +172,17 @@ TEST_F(KernelsTwins, combineColumns) {
 }
 
 TEST_F(KernelsTwins, mixRows) {
-    for (int count = 0; count < 150; ++count) {
+    for (int count = 0; count < 400; ++count) {
         const int taps = 1 + upTo(12);
         std::vector<std::vector<std::uint8_t>> rows;
         std::vector<const std::uint8_t*> pointers;
-        std::vector<std::int8_t> weights;
         for (int tap = 0; tap < taps; ++tap) {
             rows.push_back(randomBytes(static_cast<std::size_t>(count)));
-            weights.push_back(static_cast<std::int8_t>(count % 5 == 0 ? upTo(255) - 128 : upTo(60) - 20));
         }
         for (const auto& row : rows) {
             pointers.push_back(row.data());
         }
+        const std::vector<std::int8_t> weights = mixWeights(taps);
         expectSameBytes(randomBytes(static_cast<std::size_t>(count)), static_cast<std::size_t>(count % 3),
                         [&](const Kernels& kernels, std::uint8_t* out) {
                             kernels.mixRows(pointers.data(), weights.data(), taps, count, out);
@@ -176,27 +191,56 @@ TEST_F(KernelsTwins, mixRows) {
 }
 
 TEST_F(KernelsTwins, mixColumns) {
-    for (int count = 0; count < 120; ++count) {
-        const int taps = count % 3 == 0 ? 4 : 8 + 8 * upTo(3);
-        const auto row = randomPixels(100);
-        std::vector<std::int32_t> first;
+    int narrow = 0, wide = 0, single = 0;
+    for (int count = 0; count < 240; ++count) {
+        AxisTable<std::int8_t> axis;
+        axis.taps = count % 3 == 0 ? 4 : 8 + 8 * upTo(3);
+        const int samples = count % 4 == 0 ? 1 + upTo(axis.taps + 20) : 400;
+        const double step = (count % 2 == 0 ? 1 : -1) * (count % 5 == 0 ? 9 : 0.25 * axis.taps) * upTo(64) / 64;
+        const bool usesFew = count % 7 < 4; // the others' weights are 0, as those are that fill a line up
         for (int i = 0; i < count; ++i) {
-            first.push_back(upTo(100 - taps));
+            const int at = (step < 0 ? samples : 0) + static_cast<int>(std::floor(step * i));
+            axis.first.push_back(std::clamp(at, 0, std::max(0, samples - axis.taps)));
+            std::vector<std::int8_t> weights = mixWeights(usesFew ? axis.taps - 2 : axis.taps);
+            weights.resize(static_cast<std::size_t>(axis.taps));
+            // Near the edge the weights that count are the last ones.
+            std::rotate(weights.begin(), weights.end() - (at > axis.first.back() ? 2 : 0), weights.end());
+            axis.weights.insert(axis.weights.end(), weights.begin(), weights.end());
         }
-        std::vector<std::int8_t> weights;
-        for (int i = 0; i < count * taps / 2; ++i) {
-            const auto weight = [&] {
-                return static_cast<std::int8_t>(count % 5 == 0 ? upTo(255) - 128 : upTo(60) - 20);
-            };
-            const std::int8_t pair[2] = {weight(), weight()};
-            for (int channel = 0; channel < 4; ++channel) {
-                weights.insert(weights.end(), std::begin(pair), std::end(pair));
+        const MixTable table(std::move(axis), samples);
+        const MixedColumns columns = table.view();
+        narrow += columns.groups != nullptr && columns.window == narrowWindow ? 1 : 0;
+        wide += columns.groups != nullptr && columns.window == wideWindow ? 1 : 0;
+        single += columns.groups == nullptr ? 1 : 0;
+        // The row ends with its vector, so that a sanitizer sees a read beyond it.
+        const auto row = randomPixels(static_cast<std::size_t>(table.roomOfRow()));
+        const int from = upTo(std::min(count, 20));
+        const int length = count % 6 == 0 ? upTo(std::min(count - from, 20)) : count - from;
+        expectSameBytes(randomBytes(static_cast<std::size_t>(length) * 4), static_cast<std::size_t>(count % 3),
+                        [&](const Kernels& kernels, std::uint8_t* out) {
+                            kernels.mixColumns(columns, row.data(), from, length, out);
+                        });
+    }
+    EXPECT_GT(narrow, 20);
+    EXPECT_GT(wide, 20);
+    EXPECT_GT(single, 20);
+}
+
+TEST(StretchAxis, linesOfBytesFitSumsOf16Bits) {
+    for (double scale = 0.02; scale < 40; scale *= 1.003) {
+        for (const int samples : {1, 3, 300}) {
+            const StretchAxis axis(0.31, samples == 3 ? -scale : scale, PictureFilter::smooth);
+            const int from = samples == 3 ? -130 : -10;
+            const auto table = axis.table<std::int8_t>(from, from + 140, samples, {mixedWhole, 1, 1});
+            for (int at = from; at < from + 140; ++at) {
+                int positive = 0, negative = 0;
+                for (int tap = 0; tap < table.taps; ++tap) {
+                    (table.line(at)[tap] > 0 ? positive : negative) += table.line(at)[tap];
+                }
+                ASSERT_EQ(positive + negative, mixedWhole) << scale << ", " << at;
+                ASSERT_LE(positive, mostOneSign) << scale << ", " << at;
             }
         }
-        expectSameBytes(randomBytes(static_cast<std::size_t>(count) * 4), static_cast<std::size_t>(count % 3),
-                        [&](const Kernels& kernels, std::uint8_t* out) {
-                            kernels.mixColumns(row.data(), first.data(), weights.data(), taps, count, out);
-                        });
     }
 }
 
