@@ -1,6 +1,7 @@
 #include "platform/graphics/Cropping.h"
 
 #include "platform/graphics/BitmapContext.h"
+#include "platform/graphics/RowReader.h"
 
 #include <algorithm>
 #include <cmath>
@@ -34,6 +35,12 @@ public:
             pixels_ = pixels;
         }
         return pixels;
+    }
+
+    [[nodiscard]] std::unique_ptr<RowReader> rowsOfAtLeast(const PixelRect& part, PixelSize minimum) const override {
+        const std::scoped_lock lock(mutex_);
+        const PixelRect inWhole{part_.x + part.x, part_.y + part.y, part.width, part.height};
+        return pixels_.expired() ? whole_->rowsOfAtLeast(inWhole, minimum) : nullptr;
     }
 
 private:

@@ -1,10 +1,13 @@
 #include "platform/graphics/DrawnPictures.h"
 
+#include "platform/graphics/RowReader.h"
 #include "platform/graphics/raster/Sampler.h"
 
 #include <algorithm>
 #include <atomic>
 #include <cmath>
+#include <cstdint>
+#include <limits>
 #include <map>
 #include <system_error>
 #include <thread>
@@ -52,76 +55,121 @@ PixelSize pixelsNeeded(const LayerDraw& draw) {
 }
 
 struct Wanted {
-    std::shared_ptr<const ImageSource> source;
+    const LayerDraw* draw = nullptr; // the first of them
     PixelSize size;
     bool isUnscaled = false; // wherever it is drawn
+    bool mayStream = false;
     SharedBitmap bitmap;
     std::shared_ptr<const SparsePicture> sparse;
+    std::shared_ptr<raster::StreamedPicture> stream;
 
-    void decode() {
-        sparse = isUnscaled ? source->sparsePixels() : nullptr;
-        bitmap = sparse ? nullptr : source->bitmapOfAtLeast(size);
+    [[nodiscard]] const std::shared_ptr<const ImageSource>& source() const { return draw->picture.source(); }
+
+    void decode(PixelSize canvas) {
+        sparse = isUnscaled ? source()->sparsePixels() : nullptr;
+        if (!sparse && mayStream) {
+            const PixelSize whole = source()->pixelSize();
+            stream = raster::StreamedPicture::make(source()->rowsOfAtLeast({0, 0, whole.width, whole.height}, size),
+                                                   *draw, canvas, raster::bestKernels());
+        }
+        bitmap = sparse || stream ? nullptr : source()->bitmapOfAtLeast(size);
     }
 };
 
-void decode(std::vector<Wanted>& pictures, int threads) {
-    // The longest documents first, so that the threads end together.
+/// How much there is to do before the source has pixels; 0 for nothing. Recordings come first: they decode pictures and
+/// draw, too.
+std::uint64_t workOf(const ImageSource& source) {
+    return source.recording() != nullptr ? std::numeric_limits<std::uint64_t>::max() : source.encodedLength();
+}
+
+/// Every picture that has no pixels yet, once, and which it is by its source.
+struct WantedPictures {
+    std::vector<Wanted> pictures;
+    std::map<const ImageSource*, std::size_t> places;
+
+    WantedPictures(const Recording& recording, bool mayStream) {
+        for (const LayerDraw& draw : recording.draws()) {
+            if (draw.picture && workOf(*draw.picture.source()) > 0) {
+                add(draw, mayStream);
+            }
+        }
+    }
+
+private:
+    void add(const LayerDraw& draw, bool mayStream) {
+        const PixelSize size = pixelsNeeded(draw);
+        const bool isUnscaled = raster::liesOnPixels(draw, draw.picture.pixelSize());
+        const auto [place, isNew] = places.try_emplace(draw.picture.source().get(), pictures.size());
+        if (isNew) {
+            pictures.push_back({&draw, size, isUnscaled, mayStream, nullptr, nullptr, nullptr});
+            return;
+        }
+        Wanted& known = pictures[place->second];
+        known.isUnscaled = known.isUnscaled && isUnscaled;
+        known.mayStream = false; // its rows would be wanted twice
+        known.size = {std::max(known.size.width, size.width), std::max(known.size.height, size.height)};
+    }
+};
+
+void decode(std::vector<Wanted>& pictures, PixelSize canvas, int threads) {
+    // The most work first, so that the threads end together.
     std::vector<Wanted*> order;
+    order.reserve(pictures.size());
     for (Wanted& picture : pictures) {
         order.push_back(&picture);
     }
-    std::stable_sort(order.begin(), order.end(), [](const Wanted* a, const Wanted* b) {
-        return a->source->encodedLength() > b->source->encodedLength();
-    });
+    std::stable_sort(order.begin(), order.end(),
+                     [](const Wanted* a, const Wanted* b) { return workOf(*a->source()) > workOf(*b->source()); });
     std::atomic<std::size_t> next = 0;
-    const auto work = [&] {
+    std::atomic<std::size_t> decoded = 0;
+    std::atomic<bool> areAllDecoded = false;
+    std::vector<std::jthread> helpers;
+    const auto work = [&](bool isAlone) {
         for (std::size_t i = next++; i < order.size(); i = next++) {
-            order[i]->decode();
+            order[i]->decode(canvas);
+            areAllDecoded = ++decoded == order.size();
+            if (order[i]->stream && !isAlone) {
+                order[i]->stream->runAhead(areAllDecoded);
+            }
         }
     };
-    std::vector<std::jthread> helpers;
     for (int i = 1; i < std::min(threads, static_cast<int>(pictures.size())); ++i) {
         try {
-            helpers.emplace_back(work);
+            helpers.emplace_back(work, /*isAlone=*/false);
         } catch (const std::system_error&) {
             break;
         }
     }
-    work();
+    work(helpers.empty());
+}
+
+StreamedRecording decoded(const Recording& recording, int threads, bool mayStream) {
+    WantedPictures wanted(recording, mayStream);
+    const int cores = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
+    decode(wanted.pictures, recording.size(), threads > 0 ? threads : cores);
+
+    StreamedRecording result{Recording(recording.size()), {}};
+    for (LayerDraw draw : recording.draws()) {
+        result.streams.emplace_back();
+        if (const auto place = wanted.places.find(draw.picture.source().get()); place != wanted.places.end()) {
+            const Wanted& picture = wanted.pictures[place->second];
+            draw.picture =
+                Image(std::make_shared<const DecodedSource>(picture.source(), picture.bitmap, picture.sparse));
+            result.streams.back() = picture.stream;
+        }
+        result.recording.add(std::move(draw));
+    }
+    return result;
 }
 
 } // namespace
 
 Recording withDecodedPictures(const Recording& recording, int threads) {
-    std::vector<Wanted> pictures;
-    std::map<const ImageSource*, std::size_t> places;
-    for (const LayerDraw& draw : recording.draws()) {
-        if (!draw.picture || draw.picture.source()->encodedLength() == 0) {
-            continue;
-        }
-        const PixelSize size = pixelsNeeded(draw);
-        const bool isUnscaled = raster::liesOnPixels(draw, draw.picture.pixelSize());
-        const auto [place, isNew] = places.try_emplace(draw.picture.source().get(), pictures.size());
-        if (isNew) {
-            pictures.push_back({draw.picture.source(), size, isUnscaled, nullptr, nullptr});
-        } else {
-            pictures[place->second].isUnscaled = pictures[place->second].isUnscaled && isUnscaled;
-            PixelSize& largest = pictures[place->second].size;
-            largest = {std::max(largest.width, size.width), std::max(largest.height, size.height)};
-        }
-    }
-    const int cores = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
-    decode(pictures, threads > 0 ? threads : cores);
+    return decoded(recording, threads, /*mayStream=*/false).recording;
+}
 
-    Recording decoded(recording.size());
-    for (LayerDraw draw : recording.draws()) {
-        if (const auto place = places.find(draw.picture.source().get()); place != places.end()) {
-            const Wanted& picture = pictures[place->second];
-            draw.picture = Image(std::make_shared<const DecodedSource>(picture.source, picture.bitmap, picture.sparse));
-        }
-        decoded.add(std::move(draw));
-    }
-    return decoded;
+StreamedRecording withStreamedPictures(const Recording& recording, int threads) {
+    return decoded(recording, threads, /*mayStream=*/true);
 }
 
 } // namespace quillomat

@@ -1,5 +1,7 @@
 #include "platform/graphics/Image.h"
 
+#include "platform/graphics/RowReader.h"
+
 #include <atomic>
 
 namespace quillomat {
@@ -37,6 +39,10 @@ private:
 SharedBitmap ImageSource::partOfAtLeast(const PixelRect& part, PixelSize /*minimum*/) const {
     const SharedBitmap whole = bitmap();
     return whole ? std::make_shared<const Bitmap>(partOf(*whole, part)) : nullptr;
+}
+
+std::unique_ptr<RowReader> ImageSource::rowsOfAtLeast(const PixelRect& /*part*/, PixelSize /*minimum*/) const {
+    return nullptr;
 }
 
 Image Image::fromBitmap(Bitmap bitmap, double scale) {

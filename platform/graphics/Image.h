@@ -12,6 +12,7 @@
 namespace quillomat {
 
 class Recording;
+class RowReader;
 class SparsePicture;
 
 /// An encoded picture: a PNG, a JPEG ...
@@ -43,6 +44,9 @@ public:
     /// The pixels in runs, for drawing them unscaled, where the format can be decoded so and they are not there as a
     /// bitmap already; null otherwise.
     [[nodiscard]] virtual std::shared_ptr<const SparsePicture> sparsePixels() const { return nullptr; }
+    /// The rows of what `partOfAtLeast` would give, decoded as they are read, where the format can be decoded so and
+    /// the pixels are not there already; null otherwise. What goes wrong is for `partOfAtLeast` to report.
+    [[nodiscard]] virtual std::unique_ptr<RowReader> rowsOfAtLeast(const PixelRect& part, PixelSize minimum) const;
     /// Why `bitmap()` gave null; empty when it has not failed so far.
     [[nodiscard]] virtual std::string failure() const { return {}; }
     /// Which encoded document is behind it, known without reading it; empty for sources that are none.

@@ -5,21 +5,30 @@
 #include "platform/graphics/raster/LayerStack.h"
 
 #include <cassert>
+#include <vector>
 
 namespace quillomat {
 
 struct Rasterizer::Plan {
+    std::vector<std::shared_ptr<raster::StreamedPicture>> streams; // which the layers draw from
     raster::LayerStack layers;
 };
 
-Rasterizer::Rasterizer(const Recording& recording) : plan_(std::make_unique<Plan>()) {
+Rasterizer::Rasterizer(const Recording& recording, RowUse use, int threads) : plan_(std::make_unique<Plan>()) {
     const trace::Span span("plan");
     const PixelSize canvas = recording.size();
     plan_->layers = raster::LayerStack(canvas);
     raster::Pyramids pyramids;
-    const Recording plain = withDecodedPictures(flattened(recording));
-    for (const LayerDraw& draw : plain.draws()) {
-        if (auto layer = raster::Layer::make(draw, canvas, raster::bestKernels(), pyramids)) {
+    const Recording flat = flattened(recording);
+    const StreamedRecording plain = use == RowUse::once ? withStreamedPictures(flat, threads)
+                                                        : StreamedRecording{withDecodedPictures(flat, threads), {}};
+    for (std::size_t i = 0; i < plain.recording.draws().size(); ++i) {
+        const auto stream = i < plain.streams.size() ? plain.streams[i] : nullptr;
+        if (stream) {
+            plan_->streams.push_back(stream);
+        }
+        const LayerDraw& draw = plain.recording.draws()[i];
+        if (auto layer = raster::Layer::make(draw, canvas, raster::bestKernels(), pyramids, stream.get())) {
             plan_->layers.add(std::make_shared<const raster::Layer>(std::move(*layer)));
         }
     }
@@ -31,8 +40,28 @@ void Rasterizer::rows(int first, int count, std::span<std::uint8_t> out) const {
     const PixelSize canvas = plan_->layers.canvas();
     assert(first >= 0 && count >= 0 && first + count <= canvas.height);
     assert(out.size() >= static_cast<std::size_t>(canvas.width) * 4 * static_cast<std::size_t>(count));
+    if (count == 0) {
+        return;
+    }
+    const raster::ClaimedRows claimed(plan_->streams, first, count);
     raster::LayerScratch scratch;
     plan_->layers.drawRows(first, count, {0, canvas.width}, out.data(), scratch);
+}
+
+bool Rasterizer::finish() const {
+    bool isWhole = true;
+    for (const auto& stream : plan_->streams) {
+        isWhole = stream->finish() && isWhole;
+    }
+    return isWhole;
+}
+
+std::size_t Rasterizer::mostBytesOfStreams() const {
+    std::size_t bytes = 0;
+    for (const auto& stream : plan_->streams) {
+        bytes += stream->mostBytes();
+    }
+    return bytes;
 }
 
 Bitmap rasterize(const Recording& recording, int threads) {

@@ -5,7 +5,8 @@
 //     rasterised once, as a picture.
 //  2. `withDecodedPictures` (DrawnPictures.h) decodes what is drawn, reduced where that leaves no trace; an overlay
 //  that
-//     lies on the canvas's pixels is read into runs (`SparsePicture`).
+//     lies on the canvas's pixels is read into runs (`SparsePicture`). Where each row is drawn but once, a background
+//     is decoded as its rows are drawn (`raster/StreamedPicture.h`).
 //  3. `visibleOutline` (raster/ConvexPolygon.h) flattens the layer's rounded rectangle in its own units, projects it,
 //     and cuts it to positive w and to the canvas: what remains is convex. `intersection` cuts it to the clips.
 //  4. `Coverage` (raster/Coverage.h) holds that one outline's exact area per pixel, row by row, times the opacity.
@@ -34,10 +35,14 @@
 
 namespace quillomat {
 
+/// How often each row will be asked for. Where it is once, a background is decoded as its rows are drawn.
+enum class RowUse { any, once };
+
 /// Prepared once per recording; `rows` may then be called from several threads at once.
 class Rasterizer {
 public:
-    explicit Rasterizer(const Recording& recording);
+    /// `threads` decode pictures; 0 means one per core.
+    explicit Rasterizer(const Recording& recording, RowUse use = RowUse::any, int threads = 0);
     ~Rasterizer();
     Rasterizer(const Rasterizer&) = delete;
     Rasterizer& operator=(const Rasterizer&) = delete;
@@ -45,6 +50,11 @@ public:
     /// Writes rows [first, first + count) as packed premultiplied RGBA into `out` (count x width x 4 bytes), replacing
     /// what is there.
     void rows(int first, int count, std::span<std::uint8_t> out) const;
+    /// When the last row has been drawn: whether they show what they should. Not, where a background that was decoded
+    /// meanwhile turned out damaged; they are to be drawn afresh then, by a rasteriser for `RowUse::any`.
+    [[nodiscard]] bool finish() const;
+    /// The most memory that was taken at a time by backgrounds that are decoded meanwhile.
+    [[nodiscard]] std::size_t mostBytesOfStreams() const;
     friend Bitmap rasterize(const Recording& recording, int threads);
 
 private:

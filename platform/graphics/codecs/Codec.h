@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/graphics/ImageFile.h"
+#include "platform/graphics/RowReader.h"
 #include "platform/graphics/SparsePicture.h"
 
 #include <memory>
@@ -26,6 +27,9 @@ struct Codec {
     /// The whole picture in runs, where the format can decode so and this picture allows it; null for any reason not
     /// to.
     std::shared_ptr<const SparsePicture> (*decodeSparse)(ByteSpan bytes, const ImageLimits& limits) = nullptr;
+    /// The rows of what `decodePart` would give; null for any reason not to.
+    std::unique_ptr<RowReader> (*readRows)(SharedDocument document, const PixelRect& part, PixelSize minimum,
+                                           const ImageLimits& limits) = nullptr;
 };
 
 extern const Codec pngCodec;

@@ -82,6 +82,19 @@ std::shared_ptr<const SparsePicture> decodeSparse(ByteSpan bytes, const ImageLim
     }
 }
 
+std::unique_ptr<RowReader> readRows(SharedDocument document, const PixelRect& part, PixelSize minimum,
+                                    const ImageLimits& limits) {
+    const Codec* codec = codecFor(*document);
+    if (codec == nullptr || codec->readRows == nullptr) {
+        return nullptr;
+    }
+    try {
+        return codec->readRows(std::move(document), part, minimum, limits);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
 /// Where a document is to be had.
 class Shelf {
 public:
@@ -183,6 +196,15 @@ public:
             return nullptr;
         }
         return pixels([&](ByteSpan bytes) { return decodePart(bytes, part, atLeastOne(minimum), limits_); });
+    }
+
+    [[nodiscard]] std::unique_ptr<RowReader> rowsOfAtLeast(const PixelRect& part, PixelSize minimum) const override {
+        const std::lock_guard lock(mutex_);
+        if (isDamaged_ || !whole_.expired() || !reduced_.expired()) {
+            return nullptr;
+        }
+        Result<SharedDocument> document = shelf_->take();
+        return document ? readRows(std::move(document).value(), part, atLeastOne(minimum), limits_) : nullptr;
     }
 
     /// What goes wrong here is for `bitmap` to report.

@@ -124,34 +124,28 @@ bool startDecoding(Reader* reader) {
     return true;
 }
 
-/// Columns of rows that are kept.
-struct KeptPixels {
-    unsigned char* to = nullptr;
-    std::size_t stride = 0;
-    std::size_t skippedBytes = 0; // of each row
-    JDIMENSION top = 0;
-    JDIMENSION bottom = 0;
-};
-
-/// All rows are read, so that a damaged one is noticed whether it is kept or not. `row` has room for one.
-bool readRows(Reader* reader, unsigned char* row, const KeptPixels* kept) {
+/// Of each row, no more than these columns and those that complete a block are recovered; says which they are then.
+bool cutColumns(Reader* reader, JDIMENSION* left, JDIMENSION* width) {
     if (setjmp(reader->errors.jump) != 0) { // NOLINT(cert-err52-cpp)
         return false;
     }
-    jpeg_decompress_struct* info = &reader->info;
-    while (info->output_scanline < info->output_height) {
-        const JDIMENSION y = info->output_scanline;
-        const bool isKept = y >= kept->top && y < kept->bottom;
-        unsigned char* to = isKept ? kept->to + (y - kept->top) * kept->stride : row;
-        const bool isCut = isKept && kept->stride < std::size_t{info->output_width} * 4;
-        JSAMPROW target = isCut ? row : to;
-        jpeg_read_scanlines(info, &target, 1);
-        if (isCut) {
-            std::memcpy(to, row + kept->skippedBytes, kept->stride);
-        }
-    }
-    jpeg_finish_decompress(info);
+    jpeg_crop_scanline(&reader->info, left, width);
     return true;
+}
+
+bool readRow(Reader* reader, unsigned char* out) {
+    if (setjmp(reader->errors.jump) != 0) { // NOLINT(cert-err52-cpp)
+        return false;
+    }
+    JSAMPROW row = out;
+    return jpeg_read_scanlines(&reader->info, &row, 1) == 1;
+}
+
+bool finishDecoding(Reader* reader) {
+    if (setjmp(reader->errors.jump) != 0) { // NOLINT(cert-err52-cpp)
+        return false;
+    }
+    return jpeg_finish_decompress(&reader->info) != FALSE;
 }
 
 bool hasInks(const Reader& reader) {
@@ -259,8 +253,8 @@ struct Reduction {
     PixelRect part;
 };
 
-/// The smallest reduction that still has `minimum`, of those that spare work: the library has fast code for these alone,
-/// and by 5, 6 or 7 eighths it takes half as long again as for the whole picture.
+/// The smallest reduction that still has `minimum`, of those that spare work: the library has fast code for these
+/// alone, and by 5, 6 or 7 eighths it takes half as long again as for the whole picture.
 Reduction reductionFor(PixelSize stored, const PixelRect& part, PixelSize minimum) {
     for (unsigned int eighths = minimum.isEmpty() ? 8 : 1; eighths < 8; eighths *= 2) {
         const auto across = reducedBy(eighths, part.x, part.width, stored.width);
@@ -285,35 +279,105 @@ Result<ImageHeader> readHeader(ByteSpan bytes, const ImageLimits& limits) {
                        /*isKnownOpaque=*/true};
 }
 
-void convertColors(const Reader& reader, const ColorConversion& conversion, Bitmap& bitmap) {
-    const std::size_t pixels = bitmap.size().area();
-    if (hasInks(reader) && conversion.isIdentity()) {
-        convertInksWithoutProfile(bitmap.bytes().data(), pixels, modelOf(reader) == ColorModel::invertedCmyk);
-    } else {
-        conversion.convert(bitmap.bytes().data(), pixels);
-    }
-}
+/// The rows of a part of the picture as it is stored. Its reader outlives it.
+class StoredRows {
+public:
+    explicit StoredRows(Reader& reader) : reader_(reader), conversion_(conversionOf(reader)) {}
 
-/// `part` and `minimum` are meant for the picture as it is stored.
+    /// `part` and `minimum` are meant for the picture as it is stored.
+    [[nodiscard]] bool start(const PixelRect& part, PixelSize minimum) {
+        const Reduction reduction = reductionFor(storedSize(reader_), part, minimum);
+        jpeg_decompress_struct& info = reader_.info;
+        info.out_color_space = hasInks(reader_) ? JCS_CMYK : JCS_EXT_RGBA;
+        info.scale_num = reduction.eighths;
+        info.scale_denom = 8;
+        part_ = reduction.part;
+        if (!startDecoding(&reader_) || !cut()) {
+            return false;
+        }
+        row_.resize(std::size_t{info.output_width} * 4);
+        return true;
+    }
+
+    [[nodiscard]] PixelSize size() const { return {part_.width, part_.height}; }
+
+    /// Rows above the part are passed over.
+    [[nodiscard]] bool read(std::uint8_t* out) {
+        const jpeg_decompress_struct& info = reader_.info;
+        while (info.output_scanline < static_cast<JDIMENSION>(part_.y)) {
+            if (!readRow(&reader_, row_.data())) {
+                return false;
+            }
+        }
+        const std::size_t bytes = static_cast<std::size_t>(part_.width) * 4;
+        const bool isCut = bytes < row_.size();
+        if (!readRow(&reader_, isCut ? row_.data() : out)) {
+            return false;
+        }
+        if (isCut) {
+            std::memcpy(out, row_.data() + skippedBytes_, bytes);
+        }
+        convertColors(out);
+        return true;
+    }
+
+    /// All rows are read, so that a damaged one is noticed whether it is kept or not.
+    [[nodiscard]] bool finish() {
+        while (reader_.info.output_scanline < reader_.info.output_height) {
+            if (!readRow(&reader_, row_.data())) {
+                return false;
+            }
+        }
+        return finishDecoding(&reader_);
+    }
+
+private:
+    /// Colours are recovered from neighbouring blocks, so that the edges of what is cut are never those of the part.
+    static constexpr JDIMENSION widestBlock = 32;
+
+    /// Pictures of several scans are left whole: what they cost is their scans.
+    [[nodiscard]] bool cut() {
+        const JDIMENSION whole = reader_.info.output_width;
+        const auto partLeft = static_cast<JDIMENSION>(part_.x);
+        JDIMENSION left = partLeft - std::min(partLeft, widestBlock);
+        JDIMENSION width = std::min(partLeft + static_cast<JDIMENSION>(part_.width) + widestBlock, whole) - left;
+        if (width == whole || jpeg_has_multiple_scans(&reader_.info) != FALSE) {
+            left = 0;
+        } else if (!cutColumns(&reader_, &left, &width)) {
+            return false;
+        }
+        skippedBytes_ = std::size_t{partLeft - left} * 4;
+        return true;
+    }
+
+    void convertColors(std::uint8_t* row) const {
+        const auto pixels = static_cast<std::size_t>(part_.width);
+        if (hasInks(reader_) && conversion_.isIdentity()) {
+            convertInksWithoutProfile(row, pixels, modelOf(reader_) == ColorModel::invertedCmyk);
+        } else {
+            conversion_.convert(row, pixels);
+        }
+    }
+
+    Reader& reader_;
+    ColorConversion conversion_;
+    PixelRect part_; // of the reduced picture
+    std::size_t skippedBytes_ = 0;
+    std::vector<unsigned char> row_;
+};
+
 Result<Bitmap> decodeStored(Reader& reader, const PixelRect& part, PixelSize minimum) {
-    const ColorConversion conversion = conversionOf(reader);
-    const Reduction reduction = reductionFor(storedSize(reader), part, minimum);
-    reader.info.out_color_space = hasInks(reader) ? JCS_CMYK : JCS_EXT_RGBA;
-    reader.info.scale_num = reduction.eighths;
-    reader.info.scale_denom = 8;
-    if (!startDecoding(&reader)) {
+    StoredRows rows(reader);
+    if (!rows.start(part, minimum)) {
         return failureOf(reader);
     }
-    Bitmap bitmap(PixelSize{reduction.part.width, reduction.part.height});
-    std::vector<unsigned char> row(std::size_t{reader.info.output_width} * 4);
-    const auto top = static_cast<JDIMENSION>(reduction.part.y);
-    const KeptPixels kept{bitmap.bytes().data(), bitmap.stride(), static_cast<std::size_t>(reduction.part.x) * 4, top,
-                          top + static_cast<JDIMENSION>(reduction.part.height)};
-    if (!readRows(&reader, row.data(), &kept)) {
-        return failureOf(reader);
+    Bitmap bitmap(rows.size());
+    for (int y = 0; y < bitmap.height(); ++y) {
+        if (!rows.read(bitmap.row(y))) {
+            return failureOf(reader);
+        }
     }
-    convertColors(reader, conversion, bitmap);
-    return bitmap;
+    return rows.finish() ? Result<Bitmap>(std::move(bitmap)) : failureOf(reader);
 }
 
 Result<Bitmap> decode(ByteSpan bytes, PixelSize minimum, const ImageLimits& limits) {
@@ -339,8 +403,36 @@ Result<Bitmap> decodePart(ByteSpan bytes, const PixelRect& part, PixelSize minim
     return whole ? Result<Bitmap>(partOf(*whole, part)) : whole;
 }
 
+class JpegRowReader final : public RowReader {
+public:
+    explicit JpegRowReader(SharedDocument document) : document_(std::move(document)) {}
+
+    [[nodiscard]] bool start(const PixelRect& part, PixelSize minimum, const ImageLimits& limits) {
+        if (!open(reader_, *document_, limits) || orientationOf(reader_) != Orientation::upright) {
+            return false;
+        }
+        rows_.emplace(reader_);
+        return rows_->start(part, minimum);
+    }
+
+    [[nodiscard]] PixelSize size() const override { return rows_->size(); }
+    [[nodiscard]] bool read(std::uint8_t* out) override { return rows_->read(out); }
+    [[nodiscard]] bool finish() override { return rows_->finish(); }
+
+private:
+    SharedDocument document_;
+    Reader reader_;
+    std::optional<StoredRows> rows_;
+};
+
+std::unique_ptr<RowReader> readRows(SharedDocument document, const PixelRect& part, PixelSize minimum,
+                                    const ImageLimits& limits) {
+    auto reader = std::make_unique<JpegRowReader>(std::move(document));
+    return reader->start(part, minimum, limits) ? std::move(reader) : nullptr;
+}
+
 } // namespace
 
-const Codec jpegCodec{ImageFormat::jpeg, "JPEG", sniff, readHeader, decode, decodePart};
+const Codec jpegCodec{ImageFormat::jpeg, "JPEG", sniff, readHeader, decode, decodePart, nullptr, readRows};
 
 } // namespace quillomat::codecs

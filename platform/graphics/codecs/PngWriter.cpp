@@ -338,6 +338,20 @@ RowSource rowsOf(const Bitmap& bitmap, bool isOpaque) {
             }};
 }
 
+/// Nothing where the rows have to be drawn for `RowUse::any`.
+std::optional<Result<Bytes>> encodeRows(const Recording& recording, RowUse use, bool isOpaque, PngEffort effort,
+                                        int threads) {
+    const Rasterizer rasterizer(recording, use, threads);
+    const RowSource rows{recording.size(), isOpaque, [&rasterizer](int first, int count, std::span<std::uint8_t> out) {
+                             rasterizer.rows(first, count, out);
+                         }};
+    auto encoded = encode(rows, effort, threads);
+    if (!rasterizer.finish()) {
+        return std::nullopt;
+    }
+    return encoded;
+}
+
 } // namespace
 
 Result<Bytes> encodePng(const Bitmap& bitmap, PngEffort effort, int threads) {
@@ -350,11 +364,9 @@ Result<Bytes> encodePng(const Image& image, PngEffort effort, int threads) {
     }
     const ImageSource& source = *image.source();
     if (const Recording* recording = source.recording()) {
-        const Rasterizer rasterizer(*recording);
-        const RowSource rows{
-            recording->size(), source.isKnownOpaque(),
-            [&rasterizer](int first, int count, std::span<std::uint8_t> out) { rasterizer.rows(first, count, out); }};
-        return encode(rows, effort, threads);
+        auto encoded = encodeRows(*recording, RowUse::once, source.isKnownOpaque(), effort, threads);
+        return encoded ? std::move(*encoded)
+                       : *encodeRows(*recording, RowUse::any, source.isKnownOpaque(), effort, threads);
     }
     const SharedBitmap bitmap = source.bitmap();
     if (!bitmap) {

@@ -69,7 +69,8 @@ Pixel premultiplied(const Color& color) {
             byte(alpha)};
 }
 
-std::optional<Layer> Layer::make(const LayerDraw& draw, PixelSize canvas, const Kernels& kernels, Pyramids& pyramids) {
+std::optional<Layer> Layer::make(const LayerDraw& draw, PixelSize canvas, const Kernels& kernels, Pyramids& pyramids,
+                                 const StreamedPicture* stream) {
     Layer layer;
     layer.kernels_ = &kernels;
     const Polygon outline = clippedOutline(draw, canvas);
@@ -87,7 +88,7 @@ std::optional<Layer> Layer::make(const LayerDraw& draw, PixelSize canvas, const 
         innerOutline = intersection(outline, visibleOutline(draw.map, insetBy(draw.shape, draw.borderWidth), canvas));
         layer.inner_ = Coverage(innerOutline, canvas, draw.opacity);
     }
-    layer.makePicture(draw, outline, canvas, pyramids);
+    layer.makePicture(draw, outline, canvas, pyramids, stream);
     if (layer.inner_ && layer.picture_) {
         layer.pictureInner_ = Coverage(
             intersection(innerOutline, visibleOutline(draw.map, {draw.pictureRect, 0}, canvas)), canvas, draw.opacity);
@@ -101,7 +102,8 @@ std::optional<Layer> Layer::make(const LayerDraw& draw, PixelSize canvas, const 
     return layer;
 }
 
-void Layer::makePicture(const LayerDraw& draw, const Polygon& outline, PixelSize canvas, Pyramids& pyramids) {
+void Layer::makePicture(const LayerDraw& draw, const Polygon& outline, PixelSize canvas, Pyramids& pyramids,
+                        const StreamedPicture* stream) {
     if (!draw.picture || draw.pictureRect.isEmpty()) {
         return;
     }
@@ -114,8 +116,13 @@ void Layer::makePicture(const LayerDraw& draw, const Polygon& outline, PixelSize
     sampled_ = boundsOf(visible);
     const ImageSource& source = *draw.picture.source();
     auto runs = liesOnPixels(draw, source.pixelSize()) ? source.sparsePixels() : nullptr;
-    sampler_ = runs ? makeSparseSampler(std::move(runs), draw)
-                    : makeSampler(source.bitmap(), draw, sampled_, *kernels_, pyramids);
+    if (stream != nullptr) {
+        sampler_ = stream->makeSampler(sampled_);
+    } else if (runs) {
+        sampler_ = makeSparseSampler(std::move(runs), draw);
+    } else {
+        sampler_ = makeSampler(source.bitmap(), draw, sampled_, *kernels_, pyramids);
+    }
     pictureIsOpaque_ =
         sampler_ && (source.isKnownOpaque() || (sampler_->sparse() != nullptr && sampler_->sparse()->isOpaque()));
     if (sampler_ && !fills) {

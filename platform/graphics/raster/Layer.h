@@ -4,6 +4,7 @@
 #include "platform/graphics/Recording.h"
 #include "platform/graphics/raster/Coverage.h"
 #include "platform/graphics/raster/Sampler.h"
+#include "platform/graphics/raster/StreamedPicture.h"
 
 #include <array>
 #include <optional>
@@ -28,9 +29,10 @@ struct LayerScratch {
 
 class Layer {
 public:
-    /// Nothing where the layer cannot be seen. A picture is decoded only when some of it can be.
+    /// Nothing where the layer cannot be seen. A picture is decoded only when some of it can be. `stream` is its
+    /// picture where that is decoded while it is drawn, and outlives the layer.
     [[nodiscard]] static std::optional<Layer> make(const LayerDraw& draw, PixelSize canvas, const Kernels& kernels,
-                                                   Pyramids& pyramids);
+                                                   Pyramids& pyramids, const StreamedPicture* stream = nullptr);
 
     /// What it may touch.
     [[nodiscard]] const SampledArea& area() const { return area_; }
@@ -44,7 +46,8 @@ public:
 
 private:
     Layer() = default;
-    void makePicture(const LayerDraw& draw, const Polygon& outline, PixelSize canvas, Pyramids& pyramids);
+    void makePicture(const LayerDraw& draw, const Polygon& outline, PixelSize canvas, Pyramids& pyramids,
+                     const StreamedPicture* stream);
     [[nodiscard]] bool isOpaqueInside() const;
     void drawPlainRow(int y, const CoverageRow& row, const Span& part, std::uint8_t* canvasRow,
                       LayerScratch& scratch) const;

@@ -45,7 +45,7 @@ std::unique_ptr<Sampler> makeSampler(const SharedBitmap& picture, const LayerDra
     const Homography toCanvas = pictureToCanvas(draw, picture->size());
     if (const auto along = axisMap(toCanvas)) {
         if (along->isWholePixelShift(picture->size())) {
-            return makeCopySampler(picture, *along);
+            return makeCopySampler(PictureRows(picture), *along);
         }
         return makeStretchSampler(pyramids.of(picture), *along, draw.filter, area, kernels);
     }

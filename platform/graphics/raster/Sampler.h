@@ -88,6 +88,30 @@ struct Span {
 
 class SparseRows;
 
+/// The rows of a picture: one behind the other, or each wherever it lies.
+class PictureRows {
+public:
+    PictureRows(std::shared_ptr<const void> owner, const PixelView& view)
+        : size{view.width, view.height}, owner_(std::move(owner)), first_(view.pixels), stride_(view.stride) {}
+    explicit PictureRows(const SharedBitmap& bitmap)
+        : size(bitmap->size()), owner_(bitmap), first_(bitmap->row(0)), stride_(bitmap->stride()) {}
+    /// Rows that come and go: `each` outlives whoever reads them.
+    PictureRows(PixelSize extent, const std::uint8_t* const* each) : size(extent), each_(each) {}
+
+    [[nodiscard]] const std::uint8_t* row(int y) const {
+        const auto index = static_cast<std::size_t>(y);
+        return each_ != nullptr ? each_[index] : first_ + index * stride_;
+    }
+
+    PixelSize size;
+
+private:
+    std::shared_ptr<const void> owner_;
+    const std::uint8_t* first_ = nullptr;
+    std::size_t stride_ = 0;
+    const std::uint8_t* const* each_ = nullptr;
+};
+
 /// Pixels of canvas rows, premultiplied, as if the picture went on beyond its edges for ever. Thread-safe.
 class Sampler {
 public:
@@ -135,7 +159,7 @@ struct SampledArea {
     int bottom = 0;
 };
 
-[[nodiscard]] std::unique_ptr<Sampler> makeCopySampler(SharedBitmap picture, const AxisMap& map);
+[[nodiscard]] std::unique_ptr<Sampler> makeCopySampler(PictureRows picture, const AxisMap& map);
 /// Over a picture that `liesOnPixels`.
 [[nodiscard]] std::unique_ptr<Sampler> makeSparseSampler(std::shared_ptr<const SparsePicture> picture,
                                                          const LayerDraw& draw);
@@ -144,6 +168,9 @@ struct SampledArea {
 [[nodiscard]] std::unique_ptr<Sampler> makeStretchSampler(std::shared_ptr<const Pyramid> picture, const AxisMap& map,
                                                           PictureFilter filter, const SampledArea& area,
                                                           const Kernels& kernels);
+/// Filtered as `PictureFilter::smooth` is where nothing is halved beforehand.
+[[nodiscard]] std::unique_ptr<Sampler> makeMixSampler(const PictureRows& picture, const AxisMap& map,
+                                                      const SampledArea& area, const Kernels& kernels);
 [[nodiscard]] std::unique_ptr<Sampler> makeWarpSampler(std::shared_ptr<const Pyramid> picture,
                                                        const Homography& canvasToPicture, const SampledArea& area,
                                                        const Kernels& kernels);

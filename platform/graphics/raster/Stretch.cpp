@@ -72,31 +72,29 @@ private:
 /// For backgrounds, which are large and soft: bytes throughout, several times faster.
 class MixSampler final : public Sampler {
 public:
-    MixSampler(std::shared_ptr<const Pyramid> picture, const StretchAxis& across, const StretchAxis& down,
-               const SampledArea& area, const Kernels& kernels)
-        : pyramid_(std::move(picture))
-        , view_(pyramid_->level(across.level(), down.level()))
-        , columns_(across.table<std::int8_t>(area.left, area.right, view_.width, {mixedWhole, 4, 8}), view_.width)
-        , rows_(down.table<std::int8_t>(area.top, area.bottom, view_.height, {mixedWhole, 1, 1}))
+    MixSampler(const PictureRows& picture, const StretchAxis& across, const StretchAxis& down, const SampledArea& area,
+               const Kernels& kernels)
+        : picture_(picture)
+        , columns_(across.table<std::int8_t>(area.left, area.right, width(), {mixedWhole, 4, 8}), width())
+        , rows_(down.table<std::int8_t>(area.top, area.bottom, picture.size.height, mixedRowForm))
         , kernels_(kernels) {}
 
     void row(int y, int left, int right, std::uint8_t* out, SamplerScratch& scratch) const override {
         if (left >= right) {
             return;
         }
-        const Columns columns(columns_.axis(), left, right, view_.width);
+        const Columns columns(columns_.axis(), left, right, width());
         scratch.rows.clear();
         scratch.mixWeights.clear();
         for (int tap = 0; tap < rows_.taps; ++tap) {
             if (rows_.line(y)[tap] != 0) {
-                const auto row = static_cast<std::size_t>(rows_.first[rows_.index(y)] + tap);
-                scratch.rows.push_back(view_.pixels + row * view_.stride);
+                scratch.rows.push_back(picture_.row(rows_.first[rows_.index(y)] + tap));
                 scratch.mixWeights.push_back(rows_.line(y)[tap]);
             }
         }
         const std::uint8_t* mixed = scratch.rows.front();
         // A row that is taken as it is needs no copy, where the picture is as wide as what is read at once.
-        if (scratch.rows.size() > 1 || view_.width < columns_.roomOfRow()) {
+        if (scratch.rows.size() > 1 || width() < columns_.roomOfRow()) {
             scratch.mixed.resize(std::max(scratch.mixed.size(), static_cast<std::size_t>(columns_.roomOfRow()) * 4));
             for (const std::uint8_t*& row : scratch.rows) {
                 row += columns.firstByte();
@@ -109,8 +107,9 @@ public:
     }
 
 private:
-    std::shared_ptr<const Pyramid> pyramid_;
-    PixelView view_;
+    [[nodiscard]] int width() const { return picture_.size.width; }
+
+    PictureRows picture_;
     MixTable columns_;
     AxisTable<std::int8_t> rows_;
     const Kernels& kernels_;
@@ -118,12 +117,20 @@ private:
 
 } // namespace
 
+std::unique_ptr<Sampler> makeMixSampler(const PictureRows& picture, const AxisMap& map, const SampledArea& area,
+                                        const Kernels& kernels) {
+    const StretchAxis across(map.originX, map.scaleX, PictureFilter::smooth);
+    const StretchAxis down(map.originY, map.scaleY, PictureFilter::smooth);
+    return std::make_unique<MixSampler>(picture, across, down, area, kernels);
+}
+
 std::unique_ptr<Sampler> makeStretchSampler(std::shared_ptr<const Pyramid> picture, const AxisMap& map,
                                             PictureFilter filter, const SampledArea& area, const Kernels& kernels) {
     const StretchAxis across(map.originX, map.scaleX, filter);
     const StretchAxis down(map.originY, map.scaleY, filter);
     if (filter == PictureFilter::smooth) {
-        return std::make_unique<MixSampler>(std::move(picture), across, down, area, kernels);
+        const PixelView level = picture->level(across.level(), down.level());
+        return std::make_unique<MixSampler>(PictureRows(std::move(picture), level), across, down, area, kernels);
     }
     return std::make_unique<StretchSampler>(std::move(picture), across, down, area, kernels);
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/graphics/Recording.h"
+#include "platform/graphics/raster/Kernels.h"
 
 #include <cstdint>
 #include <vector>
@@ -27,6 +28,9 @@ struct TableForm {
     int fewestTaps = 1;   // where that many do,
     int tapsTogether = 1; // else a multiple of this
 };
+
+/// Of the rows that are mixed in bytes.
+constexpr TableForm mixedRowForm{mixedWhole, 1, 1};
 
 /// How many times an axis is halved beforehand, and which filter follows.
 class StretchAxis {

@@ -1,4 +1,7 @@
+#include "DrawnPictures.h"
+#include "JpegDocuments.h"
 #include "TestPictures.h"
+#include "platform/graphics/Cropping.h"
 #include "platform/graphics/codecs/ColorConversion.h"
 
 #include <lcms2.h>
@@ -255,6 +258,36 @@ TEST(JpegReader, reducedDecodingHasAtLeastWhatIsAskedFor) {
         const Result<Bitmap> decoded = decodeImageReduced(asBytes(whole), minimum);
         ASSERT_TRUE(decoded) << decoded.reason();
         EXPECT_EQ(decoded->size(), expected);
+    }
+}
+
+/// Columns apart are not recovered, which must not show at the edges of those that are.
+TEST(JpegReader, partsHaveTheVeryPixelsOfTheWhole) {
+    for (const JpegKind& kind :
+         {JpegKind{}, JpegKind{.across = 1, .down = 1}, JpegKind{.across = 2, .down = 1},
+          JpegKind{.across = 1, .down = 2}, JpegKind{.across = 4, .down = 2}, JpegKind{.isGray = true},
+          JpegKind{.hasInks = true}, JpegKind{.isProgressive = true}}) {
+        const Image image = imageFromBytes(jpegOf(photographLike({203, 97}), kind)).value();
+        const Bitmap whole = *image.bitmap();
+        for (int left = 0; left < 203; left += 9) {
+            for (const int width : {1, 2, 15, 16, 33, 100, 203 - left}) {
+                const PixelRect part{left, 20, std::min(width, 203 - left), 40};
+                EXPECT_EQ(*croppedImage(image, part).bitmap(), partOf(whole, part)) << left << ", " << width;
+            }
+        }
+    }
+}
+
+TEST(JpegReader, reducedPartsHaveTheVeryPixelsOfTheWholeReduction) {
+    const Image image = imageFromBytes(jpegOf(photographLike({640, 160}))).value();
+    for (const int factor : {2, 4, 8}) {
+        const SharedBitmap whole = image.source()->bitmapOfAtLeast({640 / factor, 160 / factor});
+        ASSERT_EQ(whole->width(), 640 / factor);
+        for (int left = 0; left < 640 - 160; left += 56) {
+            const Image cut = croppedImage(image, {left, 0, 160, 160});
+            const SharedBitmap part = cut.source()->bitmapOfAtLeast({160 / factor, 160 / factor});
+            EXPECT_EQ(*part, partOf(*whole, {left / factor, 0, 160 / factor, 160 / factor})) << left;
+        }
     }
 }
 

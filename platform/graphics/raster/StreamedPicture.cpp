@@ -1,0 +1,240 @@
+#include "platform/graphics/raster/StreamedPicture.h"
+
+#include "platform/foundation/Trace.h"
+#include "platform/graphics/raster/StretchAxis.h"
+
+#include <algorithm>
+#include <array>
+#include <cassert>
+#include <cmath>
+#include <cstring>
+#include <new>
+
+namespace quillomat::raster {
+
+namespace {
+
+// What may be kept for later: enough for one thread to go on decoding while others draw, and little beside the program.
+constexpr std::size_t bytesAhead = std::size_t{4} << 20;
+// Decoded between two looks at what others want.
+constexpr int rowsTogether = 16;
+// Wide registers read behind a row's end.
+constexpr std::size_t rowPadding = 256;
+
+std::uint64_t bytesOf(PixelSize size) {
+    return size.area() * 4;
+}
+
+} // namespace
+
+std::uint8_t* RowWindow::append() {
+    if (free_.empty()) {
+        free_.reserve(memory_.size() + 1); // so that dropping a row needs no memory
+        memory_.push_back(std::make_unique_for_overwrite<std::uint8_t[]>(rowBytes_ + rowPadding)); // NOLINT
+        free_.push_back(memory_.back().get());
+    }
+    std::uint8_t* const row = free_.back();
+    free_.pop_back();
+    rows_[static_cast<std::size_t>(end_++)] = row;
+    return row;
+}
+
+void RowWindow::dropBefore(int row) {
+    for (; begin_ < std::min(row, end_); ++begin_) {
+        const std::uint8_t*& dropped = rows_[static_cast<std::size_t>(begin_)];
+        free_.push_back(const_cast<std::uint8_t*>(std::exchange(dropped, nullptr))); // NOLINT: it is this one's own
+    }
+}
+
+std::shared_ptr<StreamedPicture> StreamedPicture::make(std::unique_ptr<RowReader> reader, const LayerDraw& draw,
+                                                       PixelSize canvas, const Kernels& kernels) {
+    if (!reader || reader->size().isEmpty() || canvas.isEmpty()) {
+        return nullptr;
+    }
+    const auto map = axisMap(pictureToCanvas(draw, reader->size()));
+    if (!map || !(map->scaleX > 0) || !(map->scaleY > 0)) {
+        return nullptr;
+    }
+    const bool isCopied = map->isWholePixelShift(reader->size());
+    const bool isHalved = StretchAxis(map->originX, map->scaleX, draw.filter).level() > 0 ||
+                          StretchAxis(map->originY, map->scaleY, draw.filter).level() > 0;
+    if (!isCopied && (draw.filter != PictureFilter::smooth || isHalved)) {
+        return nullptr;
+    }
+    return std::shared_ptr<StreamedPicture>(new StreamedPicture(std::move(reader), *map, canvas, kernels));
+}
+
+StreamedPicture::StreamedPicture(std::unique_ptr<RowReader> reader, const AxisMap& map, PixelSize canvas,
+                                 const Kernels& kernels)
+    : reader_(std::move(reader))
+    , map_(map)
+    , canvas_(canvas)
+    , kernels_(kernels)
+    , isCopied_(map.isWholePixelShift(reader_->size()))
+    , isDrawn_(static_cast<std::size_t>(canvas.height)) {
+    const PixelSize picture = reader_->size();
+    pictureRows_.reserve(static_cast<std::size_t>(canvas.height));
+    if (isCopied_) {
+        const int shift = static_cast<int>(std::lround(map.originY));
+        for (int y = 0; y < canvas.height; ++y) {
+            const int row = std::clamp(y - shift, 0, picture.height - 1);
+            pictureRows_.push_back({row, row + 1});
+        }
+    } else {
+        const auto rows = StretchAxis(map.originY, map.scaleY, PictureFilter::smooth)
+                              .table<std::int8_t>(0, canvas.height, picture.height, mixedRowForm);
+        for (const int first : rows.first) {
+            pictureRows_.push_back({first, std::min(first + rows.taps, picture.height)});
+        }
+    }
+    kept_ = RowWindow(picture.height, static_cast<std::size_t>(picture.width) * 4);
+    if (!isCopied_ && bytesOf(canvas) < bytesOf(picture)) {
+        keepCanvasRows();
+    }
+}
+
+void StreamedPicture::keepCanvasRows() {
+    keepsCanvas_ = true;
+    window_ = std::exchange(kept_, RowWindow(canvas_.height, static_cast<std::size_t>(canvas_.width) * 4));
+    stretch_ = makeMixSampler(PictureRows(reader_->size(), window_.each()), map_, {0, 0, canvas_.width, canvas_.height},
+                              kernels_);
+}
+
+std::unique_ptr<Sampler> StreamedPicture::makeSampler(const SampledArea& area) const {
+    if (keepsCanvas_) {
+        return makeCopySampler(PictureRows(canvas_, kept_.each()), AxisMap{});
+    }
+    const PictureRows rows(reader_->size(), kept_.each());
+    return isCopied_ ? makeCopySampler(rows, map_) : makeMixSampler(rows, map_, area, kernels_);
+}
+
+StreamedPicture::Rows StreamedPicture::keptFor(int y) const {
+    return keepsCanvas_ ? Rows{y, y + 1} : pictureRows_[static_cast<std::size_t>(y)];
+}
+
+void StreamedPicture::claim(int first, int count) {
+    assert(first >= 0 && count > 0 && first + count <= canvas_.height);
+    const int end = keptFor(first + count - 1).end;
+    std::unique_lock lock(mutex_);
+    assert(!isDrawn_[static_cast<std::size_t>(first)]);
+    const bool othersDraw = claims_++ > 0;
+    while (made_ < end) {
+        if (isMaking_) {
+            changed_.wait(lock);
+        } else {
+            makeRows(lock, std::min(end - made_, rowsTogether));
+        }
+    }
+    // Others draw meanwhile: decoding, which only one can do at a time, had better not stop.
+    if (othersDraw && kept_.bytes() < bytesAhead / 2) {
+        while (!isMaking_ && made_ < keptCount() && kept_.bytes() < bytesAhead) {
+            makeRows(lock, std::min(keptCount() - made_, rowsTogether));
+        }
+    }
+}
+
+void StreamedPicture::release(int first, int count) noexcept {
+    const std::lock_guard lock(mutex_);
+    --claims_;
+    std::fill_n(isDrawn_.begin() + first, count, true);
+    while (firstNotDrawn_ < canvas_.height && isDrawn_[static_cast<std::size_t>(firstNotDrawn_)]) {
+        ++firstNotDrawn_;
+    }
+    dropDrawn();
+}
+
+void StreamedPicture::dropDrawn() noexcept {
+    kept_.dropBefore(firstNotDrawn_ < canvas_.height ? std::min(keptFor(firstNotDrawn_).begin, made_) : made_);
+}
+
+void StreamedPicture::runAhead(const std::atomic<bool>& isEnough) {
+    std::unique_lock lock(mutex_);
+    while (!isEnough && !isMaking_ && made_ < keptCount() && kept_.bytes() < bytesAhead) {
+        makeRows(lock, std::min(keptCount() - made_, rowsTogether));
+    }
+}
+
+bool StreamedPicture::finish() {
+    const std::lock_guard lock(mutex_);
+    isDamaged_ = isDamaged_ || !reader_->finish();
+    return !isDamaged_;
+}
+
+std::size_t StreamedPicture::mostBytes() const {
+    const std::lock_guard lock(mutex_);
+    return mostBytes_;
+}
+
+/// Others may claim and release meanwhile. What cannot be made is of no matter: nobody uses what is drawn of it.
+void StreamedPicture::makeRows(std::unique_lock<std::mutex>& lock, int count) {
+    std::array<std::uint8_t*, rowsTogether> rows{};
+    const int first = made_;
+    count = appendRows(std::span(rows).first(static_cast<std::size_t>(count)));
+    mostBytes_ = std::max(mostBytes_, kept_.bytes());
+    isMaking_ = true;
+    bool isDamaged = isDamaged_;
+    lock.unlock();
+    {
+        trace::Span span("decode rows");
+        span.note("first", first);
+        span.note("count", count);
+        for (int i = 0; i < count; ++i) {
+            isDamaged = isDamaged || !makeRow(first + i, rows[static_cast<std::size_t>(i)]);
+        }
+    }
+    lock.lock();
+    isDamaged_ = isDamaged;
+    made_ += count;
+    dropDrawn();
+    isMaking_ = false;
+    changed_.notify_all();
+}
+
+/// As many as there is memory for, at least one.
+int StreamedPicture::appendRows(std::span<std::uint8_t*> rows) {
+    std::size_t count = 0;
+    try {
+        for (; count < rows.size(); ++count) {
+            rows[count] = kept_.append();
+        }
+    } catch (const std::bad_alloc&) {
+        if (count == 0) {
+            throw;
+        }
+    }
+    return static_cast<int>(count);
+}
+
+bool StreamedPicture::makeRow(int kept, std::uint8_t* out) {
+    if (!keepsCanvas_) {
+        return reader_->read(out);
+    }
+    try {
+        const Rows rows = pictureRows_[static_cast<std::size_t>(kept)];
+        window_.dropBefore(rows.begin);
+        while (window_.end() < rows.end) {
+            if (!reader_->read(window_.append())) {
+                return false;
+            }
+        }
+        stretch_->row(kept, 0, canvas_.width, out, scratch_);
+        return true;
+    } catch (const std::bad_alloc&) {
+        return false; // the whole picture says so, too
+    }
+}
+
+ClaimedRows::ClaimedRows(const std::vector<std::shared_ptr<StreamedPicture>>& pictures, int first, int count)
+    : pictures_(pictures), first_(first), count_(count) {
+    for (; claimed_ < pictures_.size(); ++claimed_) {
+        pictures_[claimed_]->claim(first, count);
+    }
+}
+
+ClaimedRows::~ClaimedRows() {
+    for (std::size_t i = 0; i < claimed_; ++i) {
+        pictures_[i]->release(first_, count_);
+    }
+}
+
+} // namespace quillomat::raster
