@@ -95,20 +95,18 @@ constexpr int mixedInverse = 585;
 constexpr int mostOneSign = 128;
 static_assert(255 * mostOneSign + mixedWhole / 2 <= 32767);
 
-/// Neighbouring columns that wide registers mix at once.
-constexpr int columnsTogether = 8;
-/// So many neighbouring pixels hold what such a group takes of one pair of taps, and so many pairs it may take.
-constexpr int narrowWindow = 16;
-constexpr int mostNarrowPairs = 3;
-constexpr int wideWindow = 32;
-constexpr int fewestWidePairs = 3;
-constexpr int mostWidePairs = 9;
-
-/// Where the first taps of the columns of a group lie: pixel `base` of a row, and so many bytes on.
+/// Neighbouring columns that wide registers mix together: eight, two taps of each at once, or four, four taps of each.
+/// All that is taken at once lies in a window of 16 pixels, of eight columns even all taps; that of four columns
+/// moves on by four pixels with each step. Pixel `base` of a row is the window's first; the columns' first taps lie so
+/// many bytes on.
 struct ColumnGroup {
     std::int32_t base = 0;
-    std::uint8_t offsets[columnsTogether] = {};
+    std::uint8_t offsets[8] = {};
 };
+constexpr int groupWindow = 16;
+constexpr int groupBytes = 16; // of a group's weights for the taps that are taken at once
+constexpr int mostGroupSteps = 4;
+constexpr int beyondGroupWeights = 64; // bytes that may be read behind the last ones
 
 /// Which pixels of a row each column takes, and their weights.
 struct MixedColumns {
@@ -116,12 +114,12 @@ struct MixedColumns {
     const std::int32_t* first = nullptr;
     /// Of each two weights the pair stands four times over, once for each channel.
     const std::int8_t* weights = nullptr;
-    /// The same once more for groups of columns, the first from column 0 on, where a window holds their pixels. Of each
-    /// group, pair by pair of taps, its columns' weights; the last ones are followed by 64 bytes of anything.
+    /// The same once more for groups of columns from the first one on, where windows hold their pixels. Of each group,
+    /// step by step, its columns' weights.
     const ColumnGroup* groups = nullptr;
     const std::int8_t* groupWeights = nullptr;
-    int pairs = 0;
-    int window = 0; // `narrowWindow` or `wideWindow`
+    int tapsAtOnce = 0; // 2 or 4
+    int steps = 0;
 };
 
 struct Kernels {
@@ -144,11 +142,13 @@ struct Kernels {
     void (*combineColumns)(const std::int16_t* row, const std::int32_t* first, const std::int16_t* weights, int taps,
                            int count, std::uint8_t* out);
     /// The same two in bytes, with weights of the sum `mixedWhole`, of which neither the positive ones nor the negative
-    /// ones come to more than `mostOneSign`.
+    /// ones come to more than `mostOneSign`. Colours that overshoot are cut to the alpha.
+    /// `taps` rows of `count` pixels.
     void (*mixRows)(const std::uint8_t* const* rows, const std::int8_t* weights, int taps, int count,
                     std::uint8_t* out);
-    /// `count` columns from `from` on. Colours that overshoot are cut to the alpha.
-    void (*mixColumns)(const MixedColumns& columns, const std::uint8_t* row, int from, int count, std::uint8_t* out);
+    /// `count` columns from `from` on; where rows are mixed afterwards, colours may wait until then to be cut.
+    void (*mixColumns)(const MixedColumns& columns, const std::uint8_t* row, int from, int count, bool isCut,
+                       std::uint8_t* out);
     /// Draws `count` pixels over `canvas`, each at its coverage.
     void (*compositeCovered)(std::uint8_t* canvas, const std::uint8_t* pixels, const std::uint8_t* coverage, int count);
     /// The same at one coverage.

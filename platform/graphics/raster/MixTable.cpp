@@ -7,29 +7,22 @@ namespace quillomat::raster {
 
 namespace {
 
-constexpr std::size_t together = columnsTogether;
-
-/// The taps [from, to) of a column that weigh anything; `from` is even, so that pairs stay pairs.
+/// The taps [from, to) of a column that weigh anything.
 struct UsedTaps {
     int from = 0;
     int to = 0;
 
-    UsedTaps(const std::int8_t* weights, int taps) : to(taps) {
-        while (from + 2 < taps && weights[from] == 0 && weights[from + 1] == 0) {
-            from += 2;
-        }
-        while (to > from && weights[to - 1] == 0) {
+    UsedTaps(const AxisTable<std::int8_t>& axis, std::size_t column) : to(axis.taps) {
+        const std::int8_t* weights = axis.weights.data() + column * static_cast<std::size_t>(axis.taps);
+        while (to > 1 && weights[to - 1] == 0) {
             --to;
         }
+        while (from + 1 < to && weights[from] == 0) {
+            ++from;
+        }
     }
-    [[nodiscard]] int pairs() const { return (to - from + 1) / 2; }
-    /// How many of the first taps stay out, where no more than so many pairs are taken.
-    [[nodiscard]] int skipped(int most) const { return std::max(0, (to + 1) / 2 - most) * 2; }
+    [[nodiscard]] int count() const { return to - from; }
 };
-
-UsedTaps usedTaps(const AxisTable<std::int8_t>& axis, std::size_t column) {
-    return {axis.weights.data() + column * static_cast<std::size_t>(axis.taps), axis.taps};
-}
 
 } // namespace
 
@@ -44,8 +37,8 @@ MixedColumns MixTable::view() const {
     if (!groups_.empty()) {
         columns.groups = groups_.data();
         columns.groupWeights = groupWeights_.data();
-        columns.pairs = pairs_;
-        columns.window = window_;
+        columns.tapsAtOnce = tapsAtOnce_;
+        columns.steps = steps_;
     }
     return columns;
 }
@@ -61,69 +54,72 @@ void MixTable::repeatPairs() {
 }
 
 void MixTable::groupColumns(int samples) {
-    int needed = 1;
+    int taps = 1;
     for (std::size_t column = 0; column < axis_.first.size(); ++column) {
-        needed = std::max(needed, usedTaps(axis_, column).pairs());
+        taps = std::max(taps, UsedTaps(axis_, column).count());
     }
-    const bool isNarrow = needed <= mostNarrowPairs && groupWithin(narrowWindow, needed, samples);
-    const bool isWide = !isNarrow && needed >= fewestWidePairs && needed <= mostWidePairs;
-    if (!isNarrow && !(isWide && groupWithin(wideWindow, needed, samples))) {
+    if (!groupTaps(2, taps, samples) && !groupTaps(4, taps, samples)) {
         groups_.clear();
     }
 }
 
 /// Near the picture's right edge a column's weights stand behind zeros; groups leave those out, so that they need no
-/// more pairs there than elsewhere.
-bool MixTable::groupWithin(int window, int pairs, int samples) {
-    window_ = window;
-    pairs_ = pairs;
+/// more taps there than elsewhere.
+bool MixTable::groupTaps(int tapsAtOnce, int taps, int samples) {
+    tapsAtOnce_ = tapsAtOnce;
+    steps_ = (taps + tapsAtOnce - 1) / tapsAtOnce;
     groups_.clear();
+    if (steps_ > mostGroupSteps) {
+        return false;
+    }
     std::vector<std::int32_t> firsts(axis_.first);
     for (std::size_t column = 0; column < firsts.size(); ++column) {
-        firsts[column] += usedTaps(axis_, column).skipped(pairs);
+        firsts[column] += std::max(0, UsedTaps(axis_, column).to - steps_ * tapsAtOnce);
     }
-    for (std::size_t from = 0; from < firsts.size(); from += together) {
+    for (std::size_t from = 0; from < firsts.size(); from += columnsTogether()) {
         if (!addGroup(firsts, from, samples)) {
             return false;
         }
     }
-    // Behind the last weights something is read, too.
-    groupWeights_.assign(groups_.size() * together * 2 * static_cast<std::size_t>(pairs) + 64, 0);
-    for (std::size_t from = 0; from < firsts.size(); from += together) {
+    groupWeights_.assign(groups_.size() * static_cast<std::size_t>(groupBytes * steps_) + beyondGroupWeights, 0);
+    for (std::size_t from = 0; from < firsts.size(); from += columnsTogether()) {
         addGroupWeights(firsts, from);
     }
     return true;
 }
 
-/// Whether the columns' pixels lie within the window, which the row's end may push back.
+/// Whether what the columns take at once lies within a window, which the row's end may push back.
 bool MixTable::addGroup(const std::vector<std::int32_t>& firsts, std::size_t from, int samples) {
-    const std::size_t to = std::min(from + together, firsts.size());
+    const std::size_t to = std::min(from + columnsTogether(), firsts.size());
     const auto at = [&](std::size_t column) { return firsts.begin() + static_cast<std::ptrdiff_t>(column); };
     const auto [lowest, highest] = std::minmax_element(at(from), at(to));
-    // All pairs lie within one narrow window, while wide ones move on from pair to pair.
-    const int read = window_ == narrowWindow ? window_ : window_ + 2 * (pairs_ - 1);
-    const int taken = window_ == narrowWindow ? 2 * pairs_ : 2;
+    // Pairs share one window, while that of quadruples moves on with them.
+    const int moved = tapsAtOnce_ == 2 ? 0 : tapsAtOnce_ * (steps_ - 1);
+    const int taken = tapsAtOnce_ * steps_ - moved;
     ColumnGroup group;
-    group.base = std::clamp(samples - read, 0, *lowest);
-    if (*highest - group.base + taken > window_) {
+    group.base = std::clamp(samples - groupWindow - moved, 0, *lowest);
+    if (*highest - group.base + taken > groupWindow) {
         return false;
     }
     for (std::size_t column = from; column < to; ++column) {
         group.offsets[column - from] = static_cast<std::uint8_t>((firsts[column] - group.base) * 4);
     }
     groups_.push_back(group);
-    room_ = std::max(room_, group.base + read);
+    room_ = std::max(room_, group.base + groupWindow + moved);
     return true;
 }
 
 void MixTable::addGroupWeights(const std::vector<std::int32_t>& firsts, std::size_t from) {
-    const auto pairs = static_cast<std::size_t>(pairs_);
+    const auto atOnce = static_cast<std::size_t>(tapsAtOnce_);
     const auto taps = static_cast<std::size_t>(axis_.taps);
-    std::int8_t* const out = groupWeights_.data() + from * 2 * pairs;
-    for (std::size_t column = from; column < std::min(from + together, firsts.size()); ++column) {
+    const std::size_t group = from / columnsTogether();
+    std::int8_t* const out = groupWeights_.data() + group * static_cast<std::size_t>(groupBytes * steps_);
+    for (std::size_t column = from; column < std::min(from + columnsTogether(), firsts.size()); ++column) {
         const auto skipped = static_cast<std::size_t>(firsts[column] - axis_.first[column]);
-        for (std::size_t tap = 0; tap < std::min(2 * pairs, taps - skipped); ++tap) {
-            out[(tap / 2 * together + column - from) * 2 + tap % 2] = axis_.weights[column * taps + skipped + tap];
+        const std::size_t kept = std::min(static_cast<std::size_t>(steps_) * atOnce, taps - skipped);
+        for (std::size_t tap = 0; tap < kept; ++tap) {
+            const std::size_t place = tap / atOnce * groupBytes + (column - from) * atOnce + tap % atOnce;
+            out[place] = axis_.weights[column * taps + skipped + tap];
         }
     }
 }

@@ -5,6 +5,7 @@
 #include "platform/graphics/Recording.h"
 #include "platform/graphics/SparsePicture.h"
 #include "platform/graphics/raster/Kernels.h"
+#include "platform/graphics/raster/MixedLines.h"
 #include "platform/graphics/raster/Pyramid.h"
 
 #include <array>
@@ -60,13 +61,22 @@ struct SamplerScratch {
     std::vector<std::int16_t> combined;
     std::vector<const std::uint8_t*> rows;
     std::vector<std::int16_t> weights;
-    std::vector<std::uint8_t> mixed;
+    std::vector<std::uint8_t> widened;
     std::vector<std::int8_t> mixWeights;
+    std::vector<MixedLines> lines; // of each sampler that has asked
     // Positions of a segment; wide registers are slow to pass what crosses a line of the cache.
     alignas(64) std::array<std::int32_t, longestSegment> u{};
     alignas(64) std::array<std::int32_t, longestSegment> v{};
     std::vector<FootprintBlocks> footprints; // of each sampler that has asked
 
+    [[nodiscard]] MixedLines& linesOf(const void* asking) {
+        for (MixedLines& known : lines) {
+            if (known.isOf(asking)) {
+                return known;
+            }
+        }
+        return lines.emplace_back(asking);
+    }
     [[nodiscard]] FootprintBlocks& footprintsOf(const void* asking) {
         for (FootprintBlocks& blocks : footprints) {
             if (blocks.isOf(asking)) {

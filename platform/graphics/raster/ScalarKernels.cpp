@@ -141,17 +141,27 @@ std::uint8_t meanOf(int sum) {
     return static_cast<std::uint8_t>(std::clamp(((sum + mixedWhole / 2) * mixedInverse) >> 16, 0, 255));
 }
 
-void mixRows(const std::uint8_t* const* rows, const std::int8_t* weights, int taps, int count, std::uint8_t* out) {
-    for (int i = 0; i < count; ++i) {
-        int sum = 0;
-        for (int tap = 0; tap < taps; ++tap) {
-            sum += rows[tap][i] * weights[tap];
-        }
-        out[i] = meanOf(sum);
+void cutToAlpha(std::uint8_t* pixel) {
+    for (int channel = 0; channel < 3; ++channel) {
+        pixel[channel] = std::min(pixel[channel], pixel[3]);
     }
 }
 
-void mixColumns(const MixedColumns& columns, const std::uint8_t* row, int from, int count, std::uint8_t* out) {
+void mixRows(const std::uint8_t* const* rows, const std::int8_t* weights, int taps, int count, std::uint8_t* out) {
+    for (std::ptrdiff_t i = 0; i < std::ptrdiff_t{count} * 4; i += 4) {
+        for (std::ptrdiff_t at = i; at < i + 4; ++at) {
+            int sum = 0;
+            for (int tap = 0; tap < taps; ++tap) {
+                sum += rows[tap][at] * weights[tap];
+            }
+            out[at] = meanOf(sum);
+        }
+        cutToAlpha(out + i);
+    }
+}
+
+void mixColumns(const MixedColumns& columns, const std::uint8_t* row, int from, int count, bool isCut,
+                std::uint8_t* out) {
     const int taps = columns.taps;
     for (int i = from; i < from + count; ++i, out += 4) {
         const std::uint8_t* pixels = row + static_cast<std::ptrdiff_t>(columns.first[i]) * 4;
@@ -163,8 +173,8 @@ void mixColumns(const MixedColumns& columns, const std::uint8_t* row, int from, 
             }
             out[channel] = meanOf(sum);
         }
-        for (int channel = 0; channel < 3; ++channel) {
-            out[channel] = std::min(out[channel], out[3]);
+        if (isCut) {
+            cutToAlpha(out);
         }
     }
 }

@@ -1,9 +1,11 @@
 #include "platform/graphics/raster/MixTable.h"
+#include "platform/graphics/raster/MixedLines.h"
 #include "platform/graphics/raster/Pyramid.h"
 #include "platform/graphics/raster/Sampler.h"
 #include "platform/graphics/raster/StretchAxis.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace quillomat::raster {
 
@@ -69,12 +71,15 @@ private:
     const Kernels& kernels_;
 };
 
-/// For backgrounds, which are large and soft: bytes throughout, several times faster.
+/// For backgrounds, which are large and soft: bytes throughout, several times faster. Columns are mixed first, so that
+/// a picture's rows are read one after the other, and each once for all the canvas rows that share it: a band of rows
+/// mixes its first ones' again, and need not know the others.
 class MixSampler final : public Sampler {
 public:
     MixSampler(const PictureRows& picture, const StretchAxis& across, const StretchAxis& down, const SampledArea& area,
                const Kernels& kernels)
         : picture_(picture)
+        , left_(area.left)
         , columns_(across.table<std::int8_t>(area.left, area.right, width(), {mixedWhole, 4, 8}), width())
         , rows_(down.table<std::int8_t>(area.top, area.bottom, picture.size.height, mixedRowForm))
         , kernels_(kernels) {}
@@ -83,33 +88,54 @@ public:
         if (left >= right) {
             return;
         }
-        const Columns columns(columns_.axis(), left, right, width());
+        const std::int8_t* weights = rows_.line(y);
+        const int first = rows_.first[rows_.index(y)];
+        if (const int whole = onlyTap(weights); whole >= 0) {
+            mixColumns(first + whole, left - left_, right - left_, /*isCut=*/true, out, scratch);
+            return;
+        }
+        MixedLines& lines = scratch.linesOf(this);
+        lines.prepare(rows_.taps, columns_.columns());
         scratch.rows.clear();
         scratch.mixWeights.clear();
         for (int tap = 0; tap < rows_.taps; ++tap) {
-            if (rows_.line(y)[tap] != 0) {
-                scratch.rows.push_back(picture_.row(rows_.first[rows_.index(y)] + tap));
-                scratch.mixWeights.push_back(rows_.line(y)[tap]);
+            if (weights[tap] != 0) {
+                const int row = first + tap;
+                const auto mix = [&](int from, int to, std::uint8_t* pixels) {
+                    mixColumns(row, from, to, /*isCut=*/false, pixels, scratch);
+                };
+                scratch.rows.push_back(lines.columnsOf(row, left - left_, right - left_, mix));
+                scratch.mixWeights.push_back(weights[tap]);
             }
         }
-        const std::uint8_t* mixed = scratch.rows.front();
-        // A row that is taken as it is needs no copy, where the picture is as wide as what is read at once.
-        if (scratch.rows.size() > 1 || width() < columns_.roomOfRow()) {
-            scratch.mixed.resize(std::max(scratch.mixed.size(), static_cast<std::size_t>(columns_.roomOfRow()) * 4));
-            for (const std::uint8_t*& row : scratch.rows) {
-                row += columns.firstByte();
-            }
-            kernels_.mixRows(scratch.rows.data(), scratch.mixWeights.data(), static_cast<int>(scratch.rows.size()),
-                             columns.bytes(), scratch.mixed.data() + columns.firstByte());
-            mixed = scratch.mixed.data();
-        }
-        kernels_.mixColumns(columns_.view(), mixed, static_cast<int>(columns_.axis().index(left)), right - left, out);
+        kernels_.mixRows(scratch.rows.data(), scratch.mixWeights.data(), static_cast<int>(scratch.rows.size()),
+                         right - left, out);
     }
 
 private:
+    /// The one tap of a row that is taken as it is, or -1.
+    [[nodiscard]] int onlyTap(const std::int8_t* weights) const {
+        const std::int8_t* whole = std::find(weights, weights + rows_.taps, std::int8_t{mixedWhole});
+        const auto others = std::count(weights, weights + rows_.taps, std::int8_t{0});
+        return others == rows_.taps - 1 && whole != weights + rows_.taps ? static_cast<int>(whole - weights) : -1;
+    }
+
+    /// Canvas columns of a picture's row, counted from the area's left.
+    void mixColumns(int row, int from, int to, bool isCut, std::uint8_t* out, SamplerScratch& scratch) const {
+        const std::uint8_t* pixels = picture_.row(row);
+        if (width() < columns_.roomOfRow()) {
+            scratch.widened.resize(
+                std::max(scratch.widened.size(), static_cast<std::size_t>(columns_.roomOfRow()) * 4));
+            std::memcpy(scratch.widened.data(), pixels, static_cast<std::size_t>(width()) * 4);
+            pixels = scratch.widened.data();
+        }
+        kernels_.mixColumns(columns_.view(), pixels, from, to - from, isCut, out);
+    }
+
     [[nodiscard]] int width() const { return picture_.size.width; }
 
     PictureRows picture_;
+    int left_;
     MixTable columns_;
     AxisTable<std::int8_t> rows_;
     const Kernels& kernels_;

@@ -128,6 +128,17 @@ template <class D16, class V8> HWY_INLINE hn::Vec<D16> mixedPairs(D16 d16, V8 pi
 #endif
 }
 
+/// Where each channel's bound lies in a block of four pixels: at their alphas, or, where nothing is cut, at itself.
+template <class D8> HWY_INLINE hn::Vec<D8> boundPlaces(D8 d8, bool isCut) {
+    alignas(16) static constexpr std::uint8_t alphas[16] = {3, 3, 3, 3, 7, 7, 7, 7, 11, 11, 11, 11, 15, 15, 15, 15};
+    alignas(16) static constexpr std::uint8_t own[16] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+    return hn::LoadDup128(d8, isCut ? alphas : own);
+}
+
+template <class V8> HWY_INLINE V8 bounded(V8 bytes, V8 places) {
+    return hn::Min(bytes, hn::TableLookupBytes(bytes, places));
+}
+
 /// Sums of weights' products as means, still in 16 bits.
 template <class D16> HWY_INLINE hn::Vec<D16> meansOf(D16 d16, hn::Vec<D16> sums) {
     const auto raised = hn::Add(sums, hn::Set(d16, std::int16_t{mixedWhole / 2}));
@@ -180,12 +191,14 @@ template <int kTogether> HWY_INLINE void mixStretch(const RowPairs& pairs, std::
         }
     }
     for (int k = 0; k < kTogether; ++k) {
-        hn::StoreU(packedInBlocks(d8, meansOf(d16, low[k]), meansOf(d16, high[k])), d8, out + at + k * wideLanes);
+        const auto bytes = packedInBlocks(d8, meansOf(d16, low[k]), meansOf(d16, high[k]));
+        hn::StoreU(bounded(bytes, boundPlaces(d8, /*isCut=*/true)), d8, out + at + k * wideLanes);
     }
 }
 
 void mixRows(const std::uint8_t* const* rows, const std::int8_t* weights, int taps, int count, std::uint8_t* out) {
-    if (count < wideLanes) {
+    const int bytes = count * 4;
+    if (bytes < wideLanes) {
         scalarKernels().mixRows(rows, weights, taps, count, out);
         return;
     }
@@ -193,15 +206,15 @@ void mixRows(const std::uint8_t* const* rows, const std::int8_t* weights, int ta
     // The first ones, as far as rows then lie on whole registers: what crosses a line of the cache is read twice.
     mixStretch<1>(pairs, 0, out);
     auto i = static_cast<int>(wideLanes - reinterpret_cast<std::uintptr_t>(rows[0]) % wideLanes);
-    for (; i + 2 * wideLanes <= count; i += 2 * wideLanes) {
+    for (; i + 2 * wideLanes <= bytes; i += 2 * wideLanes) {
         mixStretch<2>(pairs, i, out);
     }
-    for (; i + wideLanes <= count; i += wideLanes) {
+    for (; i + wideLanes <= bytes; i += wideLanes) {
         mixStretch<1>(pairs, i, out);
     }
-    if (i < count) {
+    if (i < bytes) {
         // The last ones together with some that are there already.
-        mixStretch<1>(pairs, count - wideLanes, out);
+        mixStretch<1>(pairs, bytes - wideLanes, out);
     }
 }
 
@@ -260,10 +273,10 @@ template <class At> HWY_INLINE hn::Vec<Shorts8> mixedTwo(const At& at, int i, in
 
 template <int kTaps>
 HWY_INLINE int mixColumnsOf(const std::uint8_t* row, const std::int32_t* first, const std::int8_t* weights, int taps,
-                            int count, std::uint8_t* out) {
+                            int count, bool isCut, std::uint8_t* out) {
     const Bytes16 d8;
+    const auto places = boundPlaces(d8, isCut);
     const Shorts8 d16;
-    alignas(16) static constexpr std::uint8_t alphas[16] = {3, 3, 3, 3, 7, 7, 7, 7, 11, 11, 11, 11, 15, 15, 15, 15};
     const int known = kTaps > 0 ? kTaps : taps;
     const auto at = [=](int i) {
         return MixedPixel{row + static_cast<std::ptrdiff_t>(first[i]) * 4,
@@ -272,8 +285,7 @@ HWY_INLINE int mixColumnsOf(const std::uint8_t* row, const std::int32_t* first, 
     const auto four = [&](int i) {
         const auto bytes =
             packedInBlocks(d8, meansOf(d16, mixedTwo(at, i, known)), meansOf(d16, mixedTwo(at, i + 2, known)));
-        hn::StoreU(hn::Min(bytes, hn::TableLookupBytes(bytes, hn::Load(d8, alphas))), d8,
-                   out + static_cast<std::ptrdiff_t>(i) * 4);
+        hn::StoreU(bounded(bytes, places), d8, out + static_cast<std::ptrdiff_t>(i) * 4);
     };
     int i = 0;
     for (; i + 4 <= count; i += 4) {
@@ -287,124 +299,152 @@ HWY_INLINE int mixColumnsOf(const std::uint8_t* row, const std::int32_t* first, 
     return i;
 }
 
-void mixEachColumn(const MixedColumns& columns, const std::uint8_t* row, int from, int count, std::uint8_t* out) {
+void mixEachColumn(const MixedColumns& columns, const std::uint8_t* row, int from, int count, bool isCut,
+                   std::uint8_t* out) {
     const std::int32_t* first = columns.first + from;
     const std::int8_t* weights = columns.weights + static_cast<std::ptrdiff_t>(from) * columns.taps * 4;
     const int taps = columns.taps;
-    const int done = taps == 8   ? mixColumnsOf<8>(row, first, weights, taps, count, out)
-                     : taps == 4 ? mixColumnsOf<4>(row, first, weights, taps, count, out)
-                                 : mixColumnsOf<0>(row, first, weights, taps, count, out);
-    scalarKernels().mixColumns(columns, row, from + done, count - done, out + static_cast<std::ptrdiff_t>(done) * 4);
+    const int done = taps == 8    ? mixColumnsOf<8>(row, first, weights, taps, count, isCut, out)
+                     : taps == 4  ? mixColumnsOf<4>(row, first, weights, taps, count, isCut, out)
+                     : taps == 16 ? mixColumnsOf<16>(row, first, weights, taps, count, isCut, out)
+                                  : mixColumnsOf<0>(row, first, weights, taps, count, isCut, out);
+    scalarKernels().mixColumns(columns, row, from + done, count - done, isCut,
+                               out + static_cast<std::ptrdiff_t>(done) * 4);
 }
 
 #if HWY_TARGET == HWY_AVX3_DL
 
-/// Eight columns at once. A permutation brings a pair of taps of each column to its place, eight bytes a column; the
-/// next pair's lie two pixels further on, all of them.
-template <int kPairs, int kWindow> class GroupMixer {
+// These processors have the sums of four products, which the library does not ask the compiler for.
+HWY_PUSH_ATTRIBUTES("avx512vnni")
+
+/// A permutation: which byte goes to each of a column's.
+template <class From> HWY_INLINE __m512i bytePlaces(int columns, From from) {
+    alignas(64) std::uint8_t bytes[64];
+    const int bytesEach = 64 / columns;
+    for (int i = 0; i < 64; ++i) {
+        bytes[i] = static_cast<std::uint8_t>(from(i / bytesEach, i % bytesEach));
+    }
+    return _mm512_load_si512(bytes);
+}
+
+/// Groups of columns: a permutation brings the taps that are taken at once to their columns, channel by channel.
+template <int kTapsAtOnce, int kSteps> class GroupMixer {
 public:
+    static constexpr int columnsTogether = groupBytes / kTapsAtOnce;
+
     HWY_INLINE GroupMixer(const MixedColumns& columns, const std::uint8_t* row) : columns_(columns), row_(row) {
-        for (int pair = 0; pair < 4; ++pair) {
-            weightPlaces_[pair] = places([=](int column, int byte) { return pair * 16 + column * 2 + byte % 2; });
+        for (int step = 0; step < kSteps; ++step) {
+            weightPlaces_[step] = bytePlaces(columnsTogether, [=](int column, int byte) {
+                return step * groupBytes + column * kTapsAtOnce + byte % kTapsAtOnce;
+            });
         }
-        offsetPlaces_ = places([](int column, int) { return column; });
-        firstPair_ = places([](int, int byte) { return byte / 2 + byte % 2 * 4; });
+        offsetPlaces_ = bytePlaces(columnsTogether, [](int column, int) { return column; });
+        tapPlaces_ =
+            bytePlaces(columnsTogether, [](int, int byte) { return byte / kTapsAtOnce + byte % kTapsAtOnce * 4; });
     }
 
-    /// The columns' means, in 16 bits.
-    HWY_INLINE __m512i means(std::ptrdiff_t group) const {
+    /// The columns' sums: of eight columns in 16 bits, of four in 32.
+    HWY_INLINE __m512i sums(std::ptrdiff_t group) const {
         const ColumnGroup& at = columns_.groups[group];
         const std::uint8_t* pixels = row_ + static_cast<std::ptrdiff_t>(at.base) * 4;
-        const std::int8_t* weights = columns_.groupWeights + group * (kPairs * 2 * columnsTogether);
-        // A row that is read where it lies comes from memory, more slowly than it is mixed.
+        // A row comes from memory, more slowly than it is mixed.
         hwy::Prefetch(pixels + 4096);
+        const auto weights = _mm512_loadu_si512(columns_.groupWeights + group * (kSteps * groupBytes));
         const auto offsets = _mm512_castsi128_si512(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(at.offsets)));
-        auto taken = _mm512_add_epi8(_mm512_permutexvar_epi8(offsetPlaces_, offsets), firstPair_);
-        const auto window = _mm512_loadu_si512(pixels);
-        auto fourPairs = _mm512_setzero_si512();
+        auto taken = _mm512_add_epi8(_mm512_permutexvar_epi8(offsetPlaces_, offsets), tapPlaces_);
+        auto window = _mm512_loadu_si512(pixels);
         auto sum = _mm512_setzero_si512();
-        for (int pair = 0; pair < kPairs; ++pair) {
-            if (pair % 4 == 0) {
-                fourPairs = _mm512_loadu_si512(weights + pair * 16);
-            }
-            auto both = _mm512_setzero_si512();
-            if constexpr (kWindow == narrowWindow) {
-                both = _mm512_permutexvar_epi8(taken, window);
+        for (int step = 0; step < kSteps; ++step) {
+            const auto stepWeights = _mm512_permutexvar_epi8(weightPlaces_[step], weights);
+            const auto taps = _mm512_permutexvar_epi8(taken, window);
+            if constexpr (kTapsAtOnce == 2) {
+                sum = _mm512_add_epi16(sum, _mm512_maddubs_epi16(taps, stepWeights));
                 taken = _mm512_add_epi8(taken, _mm512_set1_epi8(8));
             } else {
-                both = _mm512_permutex2var_epi8(_mm512_loadu_si512(pixels + pair * 8), taken,
-                                                _mm512_loadu_si512(pixels + pair * 8 + 64));
+                sum = _mm512_dpbusd_epi32(sum, taps, stepWeights);
+                if (step + 1 < kSteps) {
+                    window = _mm512_loadu_si512(pixels + (step + 1) * 16);
+                }
             }
-            const auto pairWeights = _mm512_permutexvar_epi8(weightPlaces_[pair % 4], fourPairs);
-            sum = _mm512_add_epi16(sum, _mm512_maddubs_epi16(both, pairWeights));
         }
-        return meansOf(WideShorts(), hn::Vec<WideShorts>{sum}).raw;
+        return sum;
     }
 
 private:
-    /// A permutation: which byte goes to each of a column's eight.
-    template <class From> static __m512i places(From from) {
-        alignas(64) std::uint8_t bytes[64];
-        for (int i = 0; i < 64; ++i) {
-            bytes[i] = static_cast<std::uint8_t>(from(i / 8, i % 8));
-        }
-        return _mm512_load_si512(bytes);
-    }
-
     const MixedColumns& columns_;
     const std::uint8_t* row_;
-    __m512i weightPlaces_[4];
+    __m512i weightPlaces_[kSteps];
     __m512i offsetPlaces_;
-    __m512i firstPair_;
+    __m512i tapPlaces_;
 };
 
-template <int kPairs, int kWindow>
-void mixGroups(const MixedColumns& columns, const std::uint8_t* row, int from, int count, std::uint8_t* out) {
-    const GroupMixer<kPairs, kWindow> mixer(columns, row);
-    const auto inOrder = _mm512_set_epi64(7, 5, 3, 1, 6, 4, 2, 0);
-    const auto alphas = _mm512_set4_epi32(0x0F0F0F0F, 0x0B0B0B0B, 0x07070707, 0x03030303);
+HWY_INLINE __m512i meansOf(__m512i sums) {
+    return meansOf(WideShorts(), hn::Vec<WideShorts>{sums}).raw;
+}
+
+/// Sixteen pixels from the group `first` on; what lies behind the group `last` is lost.
+template <int kTapsAtOnce, int kSteps>
+HWY_INLINE __m512i sixteenMixed(const GroupMixer<kTapsAtOnce, kSteps>& mixer, std::ptrdiff_t first,
+                                std::ptrdiff_t last) {
+    const auto sums = [&](int further) { return mixer.sums(std::min(first + further, last)); };
+    auto bytes = _mm512_setzero_si512();
+    if constexpr (kTapsAtOnce == 2) {
+        const auto packed = _mm512_packus_epi16(meansOf(sums(0)), meansOf(sums(1)));
+        bytes = _mm512_permutexvar_epi64(_mm512_set_epi64(7, 5, 3, 1, 6, 4, 2, 0), packed);
+    } else {
+        const auto packed = _mm512_packus_epi16(meansOf(_mm512_packs_epi32(sums(0), sums(1))),
+                                                meansOf(_mm512_packs_epi32(sums(2), sums(3))));
+        bytes =
+            _mm512_permutexvar_epi32(_mm512_set_epi32(15, 11, 7, 3, 14, 10, 6, 2, 13, 9, 5, 1, 12, 8, 4, 0), packed);
+    }
+    return bytes;
+}
+
+template <int kTapsAtOnce, int kSteps>
+void mixGroups(const MixedColumns& columns, const std::uint8_t* row, int from, int count, bool isCut,
+               std::uint8_t* out) {
+    using Mixer = GroupMixer<kTapsAtOnce, kSteps>;
+    const Mixer mixer(columns, row);
+    const auto places = boundPlaces(WideBytes(), isCut);
+    constexpr std::ptrdiff_t together = Mixer::columnsTogether;
     const std::ptrdiff_t end = std::ptrdiff_t{from} + count;
-    const std::ptrdiff_t last = (end - 1) / columnsTogether;
-    for (std::ptrdiff_t group = from / columnsTogether; group <= last; group += 2) {
-        const auto packed = _mm512_packus_epi16(mixer.means(group), mixer.means(group < last ? group + 1 : last));
-        const auto bytes = _mm512_permutexvar_epi64(inOrder, packed);
-        const auto bounded = _mm512_min_epu8(bytes, _mm512_shuffle_epi8(bytes, alphas));
-        const std::ptrdiff_t left = group * columnsTogether;
-        if (left >= from && left + 2 * columnsTogether <= end) {
-            _mm512_storeu_si512(out + (left - from) * 4, bounded);
-        } else {
-            alignas(64) std::uint8_t all[64];
-            _mm512_store_si512(all, bounded);
-            const std::ptrdiff_t first = std::max<std::ptrdiff_t>(left, from);
-            const std::ptrdiff_t behind = std::min<std::ptrdiff_t>(left + 2 * columnsTogether, end);
-            std::memcpy(out + (first - from) * 4, all + (first - left) * 4,
-                        static_cast<std::size_t>(behind - first) * 4);
+    for (std::ptrdiff_t left = from / together * together; left < end; left += 16) {
+        const hn::Vec<WideBytes> sixteen{sixteenMixed(mixer, left / together, (end - 1) / together)};
+        const auto mixed = bounded(sixteen, places).raw;
+        if (left >= from && left + 16 <= end) {
+            _mm512_storeu_si512(out + (left - from) * 4, mixed);
+            continue;
         }
+        alignas(64) std::uint8_t all[64];
+        _mm512_store_si512(all, mixed);
+        const std::ptrdiff_t first = std::max<std::ptrdiff_t>(left, from);
+        const std::ptrdiff_t behind = std::min<std::ptrdiff_t>(left + 16, end);
+        std::memcpy(out + (first - from) * 4, all + (first - left) * 4, static_cast<std::size_t>(behind - first) * 4);
     }
 }
 
-void mixColumnsTogether(const MixedColumns& columns, const std::uint8_t* row, int from, int count, std::uint8_t* out) {
-    using Mix = void (*)(const MixedColumns&, const std::uint8_t*, int, int, std::uint8_t*);
-    static constexpr Mix narrow[] = {mixGroups<1, narrowWindow>, mixGroups<2, narrowWindow>,
-                                     mixGroups<3, narrowWindow>};
-    static constexpr Mix wide[] = {mixGroups<3, wideWindow>, mixGroups<4, wideWindow>, mixGroups<5, wideWindow>,
-                                   mixGroups<6, wideWindow>, mixGroups<7, wideWindow>, mixGroups<8, wideWindow>,
-                                   mixGroups<9, wideWindow>};
-    static_assert(std::size(narrow) == mostNarrowPairs && std::size(wide) == mostWidePairs - fewestWidePairs + 1);
-    const Mix mix = columns.window == narrowWindow ? narrow[columns.pairs - 1] : wide[columns.pairs - fewestWidePairs];
-    mix(columns, row, from, count, out);
+void mixGrouped(const MixedColumns& columns, const std::uint8_t* row, int from, int count, bool isCut,
+                std::uint8_t* out) {
+    using Mix = void (*)(const MixedColumns&, const std::uint8_t*, int, int, bool, std::uint8_t*);
+    static constexpr Mix pairs[] = {mixGroups<2, 1>, mixGroups<2, 2>, mixGroups<2, 3>, mixGroups<2, 4>};
+    static constexpr Mix fours[] = {mixGroups<4, 1>, mixGroups<4, 2>, mixGroups<4, 3>, mixGroups<4, 4>};
+    static_assert(std::size(pairs) == mostGroupSteps && std::size(fours) == mostGroupSteps);
+    (columns.tapsAtOnce == 2 ? pairs : fours)[columns.steps - 1](columns, row, from, count, isCut, out);
 }
+
+HWY_POP_ATTRIBUTES
 
 #endif
 
-void mixColumns(const MixedColumns& columns, const std::uint8_t* row, int from, int count, std::uint8_t* out) {
+void mixColumns(const MixedColumns& columns, const std::uint8_t* row, int from, int count, bool isCut,
+                std::uint8_t* out) {
 #if HWY_TARGET == HWY_AVX3_DL
     if (columns.groups != nullptr && count > 0) {
-        mixColumnsTogether(columns, row, from, count, out);
+        mixGrouped(columns, row, from, count, isCut, out);
         return;
     }
 #endif
-    mixEachColumn(columns, row, from, count, out);
+    mixEachColumn(columns, row, from, count, isCut, out);
 }
 
 #endif
