@@ -3,6 +3,7 @@
 #include "app/Application.h"
 #include "catalogue/CatalogueDocument.h"
 #include "cli/Messages.h"
+#include "cli/RenderMemory.h"
 #include "cli/StandardStreams.h"
 #include "editor/EditingViewController.h"
 #include "editor/MockupDefinition.h"
@@ -11,10 +12,10 @@
 #include "platform/graphics/ImageFile.h"
 #include "platform/graphics/RecordingFile.h"
 
-#include <array>
+#include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <cstdio>
+#include <thread>
 
 namespace quillomat {
 
@@ -26,13 +27,13 @@ using std::chrono::steady_clock;
 struct Inputs {
     std::vector<Image> screenshots;
     Image background;                                  // cut already
+    PixelRect crop;                                    // what was kept of it
     std::vector<std::pair<std::string, Image>> opened; // name and whole picture
 };
 
-std::string mebibytes(double bytes) {
-    std::array<char, 32> text{};
-    const int length = std::snprintf(text.data(), text.size(), "%.0f MiB", std::ceil(bytes / (1 << 20)));
-    return {text.data(), static_cast<std::size_t>(length)};
+std::string mebibytes(std::uint64_t bytes) {
+    constexpr std::uint64_t mebibyte = std::uint64_t{1} << 20;
+    return std::to_string((bytes + mebibyte - 1) / mebibyte) + " MiB";
 }
 
 Result<Image> openPicture(World& world, const std::string& name, Inputs& inputs) {
@@ -87,21 +88,7 @@ Status checkJob(World& world, const RenderJob& job, const MockupDefinition& defi
     return {};
 }
 
-/// The canvas and the decoded pictures, four bytes a pixel.
-Status checkMemory(World& world, const RenderJob& job, Size canvas, const Inputs& inputs) {
-    double bytes = canvas.width * canvas.height * 4;
-    for (const auto& [name, image] : inputs.opened) {
-        bytes += static_cast<double>(image.pixelSize().area()) * 4;
-    }
-    const auto ceiling = static_cast<double>(world.options().memory);
-    if (bytes > ceiling) {
-        return Failure{job.mockup + ": needs about " + mebibytes(bytes) + ", over the ceiling of " +
-                       mebibytes(ceiling) + " (see --memory)"};
-    }
-    return {};
-}
-
-Status checkCanvas(World& world, const RenderJob& job, Size canvas) {
+Status checkCanvas(const RenderJob& job, Size canvas) {
     const ImageLimits announced;
     if (canvas.width < 1 || canvas.height < 1) {
         return Failure{job.mockup + ": its canvas has no extent"};
@@ -110,7 +97,7 @@ Status checkCanvas(World& world, const RenderJob& job, Size canvas) {
         canvas.width * canvas.height > static_cast<double>(announced.pixels)) {
         return Failure{job.mockup + ": its canvas is over the limit"};
     }
-    return checkMemory(world, job, canvas, {});
+    return {};
 }
 
 Result<Inputs> openInputs(World& world, const RenderJob& job, PixelSize canvas) {
@@ -141,6 +128,7 @@ Result<Inputs> openInputs(World& world, const RenderJob& job, PixelSize canvas) 
     if (job.crop && std::abs(std::log(stretch)) > 0.01) {
         warn(*job.background, "the crop has another shape than the canvas and is stretched to it");
     }
+    inputs.crop = crop;
     inputs.background = croppedImage(*opened, crop);
     return inputs;
 }
@@ -152,6 +140,73 @@ Status pressGlare(const RenderJob& job, EditingViewController& editor) {
     }
     editor.addGlareButton()->press();
     return editor.overlay()->image() ? Status() : Status(Failure{job.mockup + ": has no glare picture"});
+}
+
+RenderPlan::Picture plannedPicture(const Image& image) {
+    RenderPlan::Picture planned;
+    if (const SharedDocument document = image ? image.source()->document() : nullptr) {
+        planned.documentBytes = document->size();
+        // It was read before, within its limits.
+        if (const auto header = readImageHeader(*document)) {
+            planned.header = *header;
+        }
+    }
+    return planned;
+}
+
+PixelSize pixelsOf(Size size) {
+    const auto side = [](double length) {
+        return static_cast<int>(std::clamp(length, 0.0, static_cast<double>(ImageLimits{}.side)));
+    };
+    return {side(std::ceil(size.width)), side(std::ceil(size.height))};
+}
+
+Size boxOf(const Quad& quad) {
+    return boundingBoxForQuadTR(quad.topRight, quad.topLeft, quad.bottomLeft, quad.bottomRight).size;
+}
+
+/// What the first screen is flattened into. At a scale of 1 that is drawn at once, in its place.
+PixelSize flattenedSize(Size box, double screenScale) {
+    const bool isHalved = isFlattenedAtHalfSize(box);
+    if (!isHalved && screenScale == 1) {
+        return {};
+    }
+    const double scale = screenScale * (isHalved ? 0.5 : 1);
+    return pixelsOf({box.width * scale, box.height * scale});
+}
+
+RenderPlan planOf(World& world, const RenderJob& job, const MockupDefinition& definition, const Inputs& inputs,
+                  const EditingViewController& editor) {
+    RenderPlan plan;
+    plan.canvas = pixelsOf(definition.canvasSize());
+    for (std::size_t i = 0; i < inputs.screenshots.size(); ++i) {
+        const Size box = boxOf(definition.storedCorners("F", i == 0 ? "" : "2"));
+        plan.screens.push_back({plannedPicture(inputs.screenshots[i]), pixelsOf(box)});
+    }
+    plan.intermediate = flattenedSize(boxOf(definition.storedCorners("F", "")), world.options().screenScale);
+    if (inputs.background) {
+        const Size preview = editor.background()->bounds().size;
+        plan.background = {plannedPicture(inputs.opened.back().second), inputs.crop,
+                           job.blur ? pixelsOf(preview) : plan.canvas, job.blur};
+    }
+    plan.overlays.push_back({plannedPicture(editor.phone()->image()), pixelsOf(definition.frameRect().size)});
+    if (job.glare) {
+        plan.overlays.push_back({plannedPicture(editor.overlay()->image()), pixelsOf(definition.glareRect().size)});
+    }
+    plan.smallestFile = job.best;
+    plan.keepsRecording = job.dump.has_value();
+    plan.threads = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
+    return plan;
+}
+
+Status checkMemory(World& world, const RenderJob& job, const RenderPlan& plan) {
+    const std::uint64_t bytes = mostBytesOfRender(plan);
+    const std::uint64_t ceiling = world.options().memory;
+    if (bytes > ceiling) {
+        return Failure{job.mockup + ": needs up to " + mebibytes(bytes) + ", over the ceiling of " +
+                       mebibytes(ceiling) + " (see --memory)"};
+    }
+    return {};
 }
 
 /// The rest of the user's part: picks, the answer about the blur, save.
@@ -232,7 +287,7 @@ Result<RenderReport> renderMockup(World& world, const RenderJob& job) {
 
     const MockupDefinition definition(editor->editInfo()[job.mockup]);
     const Size canvas = definition.canvasSize();
-    if (const auto checked = checkCanvas(world, job, canvas); !checked) {
+    if (const auto checked = checkCanvas(job, canvas); !checked) {
         return Failure{checked.reason()};
     }
     if (const auto checked = checkJob(world, job, definition, *editor); !checked) {
@@ -243,11 +298,11 @@ Result<RenderReport> renderMockup(World& world, const RenderJob& job) {
     if (!inputs) {
         return Failure{inputs.reason()};
     }
-    if (const auto checked = checkMemory(world, job, canvas, *inputs); !checked) {
-        return Failure{checked.reason()};
-    }
     if (const auto pressed = pressGlare(job, *editor); !pressed) {
         return Failure{pressed.reason()};
+    }
+    if (const auto checked = checkMemory(world, job, planOf(world, job, definition, *inputs, *editor)); !checked) {
+        return Failure{checked.reason()};
     }
     playSession(*editor, host, job, *inputs);
     if (const auto checked = checkDecoded(*editor, job, *inputs); !checked) {

@@ -71,7 +71,7 @@ World::World(const GlobalOptions& options, std::string documents, const std::str
                 queue_, *log_,   Screen{}, Server{}, std::move(documents), ImageLimits{}} {
     platform_.screen.scale = options.screenScale;
     platform_.server = Server{options.server, {}};
-    platform_.imageLimits.pixels = std::min(platform_.imageLimits.pixels, options.memory / 4);
+    platform_.imageLimits.fileBytes = std::min(platform_.imageLimits.fileBytes, options.memory);
 }
 
 } // namespace quillomat

@@ -12,8 +12,6 @@ namespace quillomat {
 
 namespace {
 
-constexpr std::int32_t tallestAtFullSize = 2730;
-
 std::string fixedPoint(double number) {
     char text[400]; // the largest double has 309 digits before the point
     const int length = std::snprintf(text, sizeof text, "%f", number);
@@ -26,7 +24,7 @@ void EditingViewController::resetTransformedImageView() {
     if (!contentView_)
         return;
     const Rect former = contentView_->frame();
-    if (truncatedInteger(former.size.height) > tallestAtFullSize) {
+    if (isFlattenedAtHalfSize(former.size)) {
         resetTransformedImageViewOverAmount();
         return;
     }

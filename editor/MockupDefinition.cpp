@@ -119,6 +119,11 @@ Value definitionFromImport(const Value& imported) {
     return Value::object(std::move(record));
 }
 
+bool isFlattenedAtHalfSize(Size box) {
+    constexpr std::int32_t tallestAtFullSize = 2730;
+    return truncatedInteger(box.height) > tallestAtFullSize;
+}
+
 std::int32_t truncatedInteger(double number) {
     if (std::isnan(number))
         return 0;

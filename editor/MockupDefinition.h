@@ -51,6 +51,9 @@ private:
 /// the file's coordinates; the preview corners are passed on untouched, neither lowered nor scaled, on purpose.
 [[nodiscard]] Value definitionFromImport(const Value& imported);
 
+/// Whether a first screen of that box is flattened at half its size in the full-resolution render, and enlarged again.
+[[nodiscard]] bool isFlattenedAtHalfSize(Size box);
+
 /// A number as the 32-bit integer it is truncated to, saturating; NaN gives 0.
 [[nodiscard]] std::int32_t truncatedInteger(double number);
 

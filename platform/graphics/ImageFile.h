@@ -20,11 +20,25 @@ struct ImageLimits {
 
 enum class ImageFormat { png, jpeg, webp, heif };
 
+/// What decoding takes at most beside the document and the pixels that come of it, told before it begins.
+struct DecodingBytes {
+    std::uint64_t whole = 0;
+    std::uint64_t part = 0; // for pixels of a part alone
+};
+
 /// What the header says; `size` is upright, after the orientation is applied.
 struct ImageHeader {
     ImageFormat format = ImageFormat::png;
     PixelSize size;
     bool isKnownOpaque = false;
+    /// Whether the pixels can be had in runs, unless the file turns out to be odd.
+    bool mayBeInRuns = false;
+    /// Whether a part whose edges fall on even pixels is decoded at half its size where that is enough, and so on down
+    /// to an eighth.
+    bool isHalvedWhileDecoding = false;
+    /// Whether rows of a part can be had one after another, so that they need not be there together.
+    bool mayBeInRows = false;
+    DecodingBytes decoding;
 };
 
 /// Reads the header only. Fails for what is no picture of a known format, is broken, or is over the limits.

@@ -40,6 +40,13 @@ extern const Codec heifCodec;
 /// As the codec does, but with no code of our own on the pixels: the judge of that code.
 [[nodiscard]] Result<Bitmap> decodePngByLibpng(ByteSpan bytes, const ImageLimits& limits = {});
 
+/// Of a picture that is decoded whole as it is stored, and turned upright and cut afterwards.
+[[nodiscard]] inline DecodingBytes decodingWhole(PixelSize size, bool isTurned, std::uint64_t libraryBytes) {
+    const std::uint64_t pixels = size.area() * 4;
+    const std::uint64_t whole = libraryBytes + (isTurned ? pixels : 0);
+    return {whole, whole + pixels};
+}
+
 /// Refuses an empty size and one over the limits; takes wide integers, since headers can announce anything.
 [[nodiscard]] Status checkSize(std::uint64_t width, std::uint64_t height, const ImageLimits& limits);
 

@@ -36,6 +36,7 @@ struct Container {
     std::unique_ptr<heif_context, FreeContext> context;
     Handle primary;
     PixelSize size;
+    PixelSize stored;
 };
 
 bool sniff(ByteSpan bytes) {
@@ -125,7 +126,14 @@ Result<Container> open(ByteSpan bytes, const ImageLimits& limits) {
         }
     }
     container.size = {width, height};
+    container.stored = {storedWidth, storedHeight};
     return container;
+}
+
+/// What the library and the decoder behind it hold for each pixel: planes as they were coded, planes on their way to
+/// RGBA, and RGBA.
+std::uint64_t bytesInLibrary(const heif_image_handle* handle) {
+    return heif_image_handle_get_luma_bits_per_pixel(handle) > 8 ? 16 : 8;
 }
 
 Result<ImageHeader> readHeader(ByteSpan bytes, const ImageLimits& limits) {
@@ -133,8 +141,15 @@ Result<ImageHeader> readHeader(ByteSpan bytes, const ImageLimits& limits) {
     if (!container) {
         return Failure{container.reason()};
     }
-    return ImageHeader{ImageFormat::heif, container->size,
-                       heif_image_handle_has_alpha_channel(container->primary.get()) == 0};
+    const heif_image_handle* primary = container->primary.get();
+    return ImageHeader{
+        ImageFormat::heif,
+        container->size,
+        heif_image_handle_has_alpha_channel(primary) == 0,
+        /*mayBeInRuns=*/false,
+        /*isHalvedWhileDecoding=*/false,
+        /*mayBeInRows=*/false,
+        decodingWhole(container->size, /*isTurned=*/false, container->stored.area() * bytesInLibrary(primary))};
 }
 
 ColorConversion conversionFromNclx(const heif_image_handle* handle) {

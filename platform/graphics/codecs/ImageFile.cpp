@@ -210,7 +210,7 @@ public:
     /// What goes wrong here is for `bitmap` to report.
     [[nodiscard]] std::shared_ptr<const SparsePicture> sparsePixels() const override {
         const std::lock_guard lock(mutex_);
-        if (header_.isKnownOpaque || isDamaged_ || !whole_.expired()) {
+        if (!header_.mayBeInRuns || isDamaged_ || !whole_.expired()) {
             return nullptr;
         }
         auto sparse = sparse_.lock();

@@ -199,17 +199,23 @@ Failure failureOf(const Reader& reader) {
     return {"damaged JPEG (" + message + ")"};
 }
 
-/// A picture of several scans is kept whole as coefficients of two bytes; that must not cost more than its pixels may.
-Status checkCoefficients(const Reader& reader, const ImageLimits& limits) {
+/// A picture of several scans is kept whole as coefficients of two bytes.
+std::uint64_t coefficientBytes(const Reader& reader) {
     const jpeg_decompress_struct& info = reader.info;
     if (jpeg_has_multiple_scans(const_cast<j_decompress_ptr>(&info)) == FALSE) { // NOLINT: it only reads
-        return {};
+        return 0;
     }
     std::uint64_t bytes = 0;
     for (int i = 0; i < info.num_components; ++i) {
         const jpeg_component_info& component = info.comp_info[i];
         bytes += std::uint64_t{component.width_in_blocks} * component.height_in_blocks * DCTSIZE2 * sizeof(JCOEF);
     }
+    return bytes;
+}
+
+/// That must not cost more than the pixels may.
+Status checkCoefficients(const Reader& reader, const ImageLimits& limits) {
+    const std::uint64_t bytes = coefficientBytes(reader);
     if (bytes > limits.pixels * 4) {
         return Failure{"progressive JPEG needs " + std::to_string(bytes >> 20) + " MiB, over the limit of " +
                        std::to_string((limits.pixels * 4) >> 20) + " MiB"};
@@ -275,8 +281,19 @@ Result<ImageHeader> readHeader(ByteSpan bytes, const ImageLimits& limits) {
     if (const Status opened = open(reader, bytes, limits); !opened) {
         return Failure{opened.reason()};
     }
-    return ImageHeader{ImageFormat::jpeg, uprightSize(storedSize(reader), orientationOf(reader)),
-                       /*isKnownOpaque=*/true};
+    const Orientation orientation = orientationOf(reader);
+    const PixelSize size = uprightSize(storedSize(reader), orientation);
+    const bool isUpright = orientation == Orientation::upright;
+    const std::uint64_t coefficients = coefficientBytes(reader);
+    const DecodingBytes decoding =
+        isUpright ? DecodingBytes{coefficients, coefficients} : decodingWhole(size, /*isTurned=*/true, coefficients);
+    return ImageHeader{ImageFormat::jpeg,
+                       size,
+                       /*isKnownOpaque=*/true,
+                       /*mayBeInRuns=*/false,
+                       /*isHalvedWhileDecoding=*/isUpright,
+                       /*mayBeInRows=*/isUpright,
+                       decoding};
 }
 
 /// The rows of a part of the picture as it is stored. Its reader outlives it.

@@ -155,13 +155,25 @@ bool isOpaque(const PngHeader& header) {
     return !header.hasAlpha() && !header.hasTransparency;
 }
 
+bool canBeInRuns(const PngHeader& header) {
+    return hasPlainPixels(header) && header.hasAlpha() && header.orientation == Orientation::upright;
+}
+
 Result<ImageHeader> readHeader(ByteSpan bytes, const ImageLimits& limits) {
     const Result<PngHeader> header = readPngHeader(bytes, limits);
     if (!header) {
         return Failure{header.reason()};
     }
     const PixelSize stored{static_cast<int>(header->width), static_cast<int>(header->height)};
-    return ImageHeader{ImageFormat::png, uprightSize(stored, header->orientation), isOpaque(*header)};
+    const bool isTurned = header->orientation != Orientation::upright;
+    // The compressed pixels are joined where they lie in pieces.
+    return ImageHeader{ImageFormat::png,
+                       uprightSize(stored, header->orientation),
+                       isOpaque(*header),
+                       /*mayBeInRuns=*/canBeInRuns(*header),
+                       /*isHalvedWhileDecoding=*/false,
+                       /*mayBeInRows=*/false,
+                       decodingWhole(stored, isTurned, bytes.size())};
 }
 
 Result<Bitmap> decodeByLibpng(const Reader& reader, const Input& input, const PngHeader& header,

@@ -238,8 +238,9 @@ public:
         const auto rows = static_cast<int>(std::min<std::size_t>(wanted / rowBytes, mostBandRows));
         bandRows_ = std::clamp(rows, leastBandRows, mostBandRows);
         bandCount_ = (source.size.height + bandRows_ - 1) / bandRows_;
-        // Most pictures come out smaller; what is not used is never touched.
-        out_.reserve(rowBytes * static_cast<std::size_t>(source.size.height) / 2 + 1024);
+        // Most pictures come out smaller than half; what is not used is never touched. Twice as much holds any.
+        const std::size_t filteredBytes = (rowBytes + 1) * static_cast<std::size_t>(source.size.height);
+        out_.reserve(filteredBytes / 2 + filteredBytes / 256 + 1024);
         preferLargePages(out_.data() + out_.size(), out_.capacity() - out_.size());
     }
 

@@ -39,6 +39,7 @@ struct Container {
     PixelSize canvas;
     Orientation orientation = Orientation::upright;
     bool mayBeTransparent = false;
+    bool isLossless = false;
 };
 
 ByteSpan chunkNamed(const WebPDemuxer* demuxer, const char* name, ChunkIterator& iterator) {
@@ -85,9 +86,19 @@ Result<Container> open(ByteSpan bytes, const ImageLimits& limits) {
     }
     container.mayBeTransparent = frame.value.has_alpha != 0 || frame.value.width != container.canvas.width ||
                                  frame.value.height != container.canvas.height;
+    WebPBitstreamFeatures features{};
+    constexpr int lossless = 2; // as the library numbers formats
+    container.isLossless =
+        WebPGetFeatures(frame.value.fragment.bytes, frame.value.fragment.size, &features) != VP8_STATUS_OK ||
+        features.format == lossless;
     ChunkIterator exif;
     container.orientation = orientationFromExif(chunkNamed(demuxer, "EXIF", exif));
     return container;
+}
+
+/// What the library holds for each pixel: the picture once more as it was coded; or rows of it, and the alpha twice.
+std::uint64_t bytesInLibrary(const Container& container) {
+    return container.isLossless ? 5 : container.mayBeTransparent ? 3 : 1;
 }
 
 Result<ImageHeader> readHeader(ByteSpan bytes, const ImageLimits& limits) {
@@ -95,8 +106,14 @@ Result<ImageHeader> readHeader(ByteSpan bytes, const ImageLimits& limits) {
     if (!container) {
         return Failure{container.reason()};
     }
-    return ImageHeader{ImageFormat::webp, uprightSize(container->canvas, container->orientation),
-                       !container->mayBeTransparent};
+    return ImageHeader{ImageFormat::webp,
+                       uprightSize(container->canvas, container->orientation),
+                       !container->mayBeTransparent,
+                       /*mayBeInRuns=*/false,
+                       /*isHalvedWhileDecoding=*/false,
+                       /*mayBeInRows=*/false,
+                       decodingWhole(container->canvas, container->orientation != Orientation::upright,
+                                     container->canvas.area() * bytesInLibrary(*container))};
 }
 
 /// The size of at least `minimum` in the picture's own proportions; the picture's size where that is no smaller.

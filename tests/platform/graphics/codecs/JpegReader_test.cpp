@@ -151,6 +151,30 @@ TEST(JpegReader, progressivePicturesOfVeryManyScansAreRefused) {
     EXPECT_EQ(decodeImage(asBytes(deep)).reason(), "JPEG of more than 100 scans");
 }
 
+TEST(JpegReader, theHeaderTellsWhatDecodingTakes) {
+    const Result<ImageHeader> plain = readImageHeader(fixture("quarters.jpg"));
+    EXPECT_EQ(plain->decoding.whole, 0U);
+    EXPECT_EQ(plain->decoding.part, 0U);
+    EXPECT_TRUE(plain->isHalvedWhileDecoding);
+    const Result<ImageHeader> progressive = readImageHeader(asBytes(compress(inScans(60))));
+    EXPECT_EQ(progressive->decoding.whole, 64U * 64 * 2) << "one coefficient a pixel, of two bytes";
+    EXPECT_EQ(progressive->decoding.part, 64U * 64 * 2);
+}
+
+TEST(JpegReader, aTurnedPictureIsDecodedWholeForItsParts) {
+    constexpr std::string_view exif{"\xff\xe1\0\x22"
+                                    "Exif\0\0II*\0\x08\0\0\0\x01\0\x12\x01\x03\0\x01\0\0\0\x06\0\0\0\0\0\0\0",
+                                    36};
+    Bytes bytes = fixture("quarters.jpg");
+    const auto* begin = reinterpret_cast<const std::byte*>(exif.data());
+    bytes.insert(bytes.begin() + 2, begin, begin + exif.size());
+    const Result<ImageHeader> turned = readImageHeader(bytes);
+    ASSERT_EQ(turned->size, (PixelSize{48, 64}));
+    EXPECT_EQ(turned->decoding.whole, 64U * 48 * 4);
+    EXPECT_EQ(turned->decoding.part, 2U * 64 * 48 * 4);
+    EXPECT_FALSE(turned->isHalvedWhileDecoding);
+}
+
 TEST(JpegReader, coefficientsOfAProgressivePictureCountAgainstTheLimit) {
     JpegRecipe recipe{512, 512, JCS_GRAYSCALE, {scanOf(0, 0, 0, 0), scanOf(1, 63, 0, 0)}, {}};
     const auto progressive = compress(recipe);
