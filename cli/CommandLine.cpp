@@ -151,20 +151,18 @@ void addReplayCommand(CLI::App& app, const GlobalOptions& options, Run& run) {
 void addDocumentCommands(CLI::App& app, const GlobalOptions& options, Run& run) {
     auto files = std::make_shared<std::vector<std::string>>();
     auto replace = std::make_shared<bool>(false);
-    auto* import = app.add_subcommand("import", "Copies definition and picture files into the documents directory");
-    import->add_option("FILE", *files, "Definitions (.cfg) and their pictures (.png)")->required();
-    import->add_flag("--replace", *replace, "Replace stored files of the same name");
-    import->callback([&options, &run, files, replace] {
-        run = [&options, files, replace] { return runImport(options, *files, *replace);
-};
-} // namespace
-);
+    auto* importing = app.add_subcommand("import", "Copies definition and picture files into the documents directory");
+    importing->add_option("FILE", *files, "Definitions (.cfg) and their pictures (.png)")->required();
+    importing->add_flag("--replace", *replace, "Replace stored files of the same name");
+    importing->callback([&options, &run, files, replace] {
+        run = [&options, files, replace] { return runImport(options, *files, *replace); };
+    });
 
-auto name = std::make_shared<std::string>();
-auto* remove = app.add_subcommand("delete", "Removes an imported mockup's two files");
-remove->add_option("MOCKUP", *name, "A name as list prints it")->required();
-remove->callback([&options, &run, name] { run = [&options, name] { return runDelete(options, *name); }; });
-} // namespace quillomat
+    auto name = std::make_shared<std::string>();
+    auto* remove = app.add_subcommand("delete", "Removes an imported mockup's two files");
+    remove->add_option("MOCKUP", *name, "A name as list prints it")->required();
+    remove->callback([&options, &run, name] { run = [&options, name] { return runDelete(options, *name); }; });
+}
 
 void addWebCommands(CLI::App& app, const GlobalOptions& options, Run& run) {
     auto checkOnly = std::make_shared<bool>(false);
@@ -183,8 +181,6 @@ void addWebCommands(CLI::App& app, const GlobalOptions& options, Run& run) {
     });
 }
 
-constexpr const char* seeHelp = " (see quillomat --help)";
-
 std::string lowerCaseStart(std::string text) {
     // "At most" becomes "at most", and MOCKUP stays.
     if (text.size() > 1 && std::isupper(static_cast<unsigned char>(text[1])) == 0) {
@@ -198,6 +194,13 @@ std::string chosenCommand(const CLI::App& app) {
     return chosen.empty() ? std::string() : chosen.front()->get_name();
 }
 
+/// Where what was meant is described: with the chosen command, unless it is an option of all of them.
+std::string seeHelp(const CLI::App& app, const std::string& option = {}) {
+    const bool isOfAll = !option.empty() && app.get_option_no_throw(option) != nullptr;
+    const std::string command = isOfAll ? std::string() : chosenCommand(app);
+    return " (see quillomat " + (command.empty() ? "" : command + " ") + "--help)";
+}
+
 std::vector<std::string> commandNames(const CLI::App& app) {
     std::vector<std::string> names;
     for (const auto* command : app.get_subcommands([](const CLI::App*) { return true; })) {
@@ -209,14 +212,14 @@ std::vector<std::string> commandNames(const CLI::App& app) {
 /// A word that nothing on the line asks for.
 ExitStatus complainOfWord(const CLI::App& app, const std::string& word) {
     if (word.starts_with('-')) {
-        return failUsage(word, std::string("no such option") + seeHelp);
+        return failUsage(word, "no such option" + seeHelp(app));
     }
     if (!chosenCommand(app).empty()) {
-        return failUsage(word, "one word too many for " + chosenCommand(app) + seeHelp);
+        return failUsage(word, "one word too many for " + chosenCommand(app) + seeHelp(app));
     }
     const auto nearest = nearestNames(word, commandNames(app), 1);
     const bool isNear = !nearest.empty() && editDistance(word, nearest.front()) <= 2;
-    return failUsage(word, "no such command" + (isNear ? "; did you mean " + nearest.front() + "?" : seeHelp));
+    return failUsage(word, "no such command" + (isNear ? "; did you mean " + nearest.front() + "?" : seeHelp(app)));
 }
 
 /// The parser's message as one line of ours.
@@ -225,19 +228,21 @@ ExitStatus complainOf(const CLI::App& app, const CLI::ParseError& error) {
         return complainOfWord(app, words.front());
     }
     if (chosenCommand(app).empty() && dynamic_cast<const CLI::RequiredError*>(&error) != nullptr) {
-        return failUsage("usage", std::string("a command is required") + seeHelp);
+        return failUsage("usage", "a command is required" + seeHelp(app));
     }
     std::string text = error.what();
     text.erase(std::min(text.find('\n'), text.size()));
     const auto colon = text.find(": ");
     if (colon == std::string::npos) {
-        return failUsage(chosenCommand(app).empty() ? "usage" : chosenCommand(app), lowerCaseStart(text) + seeHelp);
+        return failUsage(chosenCommand(app).empty() ? "usage" : chosenCommand(app),
+                         lowerCaseStart(text) + seeHelp(app));
     }
     std::string why = text.substr(colon + 2);
     if (why.starts_with("At Most")) {
         why.replace(0, 7, "at most");
     }
-    return failUsage(text.substr(0, colon), lowerCaseStart(why) + seeHelp);
+    const std::string what = text.substr(0, colon);
+    return failUsage(what, lowerCaseStart(why) + seeHelp(app, what));
 }
 
 /// Runs the command; whatever it throws is a failure like any other.
@@ -291,9 +296,16 @@ int runCommandLine(int argc, char** argv) {
     addReplayCommand(app, options, run);
     addDocumentCommands(app, options, run);
     addWebCommands(app, options, run);
+    for (CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+        command->footer("The options of every command are those of quillomat --help.");
+    }
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& help) {
+        // Help was asked for with a command that is none.
+        if (const auto words = app.remaining(); chosenCommand(app).empty() && !words.empty()) {
+            return static_cast<int>(complainOfWord(app, words.front()));
+        }
         return app.exit(help);
     } catch (const CLI::ParseError& error) {
         return static_cast<int>(complainOf(app, error));

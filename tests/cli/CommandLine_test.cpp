@@ -16,6 +16,7 @@ protected:
         EXPECT_EQ(ran.err, "quillomat: " + complaint + "\n");
     }
     static constexpr const char* seeHelp = " (see quillomat --help)";
+    static std::string seeHelpOf(const std::string& command) { return " (see quillomat " + command + " --help)"; }
 };
 
 TEST_F(CommandLineTest, aWordThatIsNoCommandIsNamed) {
@@ -32,18 +33,26 @@ TEST_F(CommandLineTest, withoutACommandOneIsAskedFor) {
 }
 
 TEST_F(CommandLineTest, anUnknownOptionIsNamed) {
-    expectUsage({"--nope", "list"}, std::string("--nope: no such option") + seeHelp);
-    expectUsage({"list", "--nope"}, std::string("--nope: no such option") + seeHelp);
+    expectUsage({"--nope", "list"}, "--nope: no such option" + seeHelpOf("list"));
+    expectUsage({"list", "--nope"}, "--nope: no such option" + seeHelpOf("list"));
 }
 
 TEST_F(CommandLineTest, oneWordTooManyIsNamed) {
-    expectUsage({"list", "more"}, std::string("more: one word too many for list") + seeHelp);
+    expectUsage({"list", "more"}, "more: one word too many for list" + seeHelpOf("list"));
 }
 
 TEST_F(CommandLineTest, whatACommandNeedsIsNamed) {
-    expectUsage({"show"}, std::string("show: MOCKUP is required") + seeHelp);
-    expectUsage({"render", "upright"}, std::string("render: --screenshot is required") + seeHelp);
-    expectUsage({"publish"}, std::string("publish: DIR is required") + seeHelp);
+    expectUsage({"show"}, "show: MOCKUP is required" + seeHelpOf("show"));
+    expectUsage({"render", "upright"}, "render: --screenshot is required" + seeHelpOf("render"));
+    expectUsage({"publish"}, "publish: DIR is required" + seeHelpOf("publish"));
+}
+
+TEST_F(CommandLineTest, anOptionOfEveryCommandIsDescribedInTheirCommonHelp) {
+    const std::string complaint = std::string("--memory: expected a size such as 512MiB") + seeHelp;
+    expectUsage({"list", "--memory", "0"}, complaint);
+    expectUsage({"--memory", "0", "list"}, complaint);
+    const std::string help = run({"list", "--help"}).out;
+    EXPECT_NE(help.find("quillomat --help"), std::string::npos) << help;
 }
 
 TEST_F(CommandLineTest, theScreenScaleIsANumberThatMakesSense) {
@@ -88,6 +97,11 @@ TEST_F(CommandLineTest, helpAndVersionGoToStandardOutput) {
         EXPECT_EQ(ran.err, "");
     }
     EXPECT_TRUE(run({"--version"}).out.starts_with("quillomat 1"));
+}
+
+TEST_F(CommandLineTest, thereIsNoHelpForACommandThatIsNone) {
+    expectUsage({"frobnicate", "--help"}, std::string("frobnicate: no such command") + seeHelp);
+    expectUsage({"rendr", "-h"}, "rendr: no such command; did you mean render?");
 }
 
 TEST_F(CommandLineTest, helpNamesOptionsByPlainWords) {
