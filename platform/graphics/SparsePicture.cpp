@@ -93,7 +93,8 @@ void SparsePicture::copy(int y, int left, int right, std::uint8_t* out) const {
         const int until = std::min(right, static_cast<int>(run->right));
         const auto count = static_cast<std::size_t>(until - left);
         const auto before = static_cast<std::size_t>(left - runLeft);
-        const std::uint8_t* const bytes = row.bytes + run->value;
+        // A run of one colour has no bytes, and its value says the colour.
+        const std::uint8_t* const bytes = run->storage == Storage::oneColor ? nullptr : row.bytes + run->value;
         switch (run->storage) {
         case Storage::oneColor:
             fill(out, run->value, count);

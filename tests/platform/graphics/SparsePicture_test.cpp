@@ -70,6 +70,22 @@ Image inRuns(const Bitmap& bitmap) {
     return Image(std::make_shared<const SparseSource>(bitmap));
 }
 
+// Nothing is stored of such a row: what its runs say is no place in memory (the address sanitizer's build looks).
+TEST(SparsePicture, rowsOfOneColourAreCopiedFromNothing) {
+    Bitmap bitmap({40, 2});
+    for (std::uint8_t& byte : bitmap.bytes()) {
+        byte = 255;
+    }
+    const auto runs = sparse(bitmap);
+    EXPECT_LT(runs->byteCount(), std::size_t{1} << 10);
+    Bitmap copied(bitmap.size());
+    for (int y = 0; y < 2; ++y) {
+        runs->copy(y, 3, 40, copied.row(y) + 12);
+        runs->copy(y, 0, 3, copied.row(y));
+    }
+    EXPECT_EQ(copied, bitmap);
+}
+
 TEST(SparsePicture, givesBackThePixelsOfAnyPicture) {
     Random random(1);
     for (int trial = 0; trial < 300; ++trial) {
