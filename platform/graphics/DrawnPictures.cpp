@@ -127,7 +127,9 @@ void decode(std::vector<Wanted>& pictures, PixelSize canvas, int threads) {
     const auto work = [&](bool isAlone) {
         for (std::size_t i = next++; i < order.size(); i = next++) {
             order[i]->decode(canvas);
-            areAllDecoded = ++decoded == order.size();
+            if (++decoded == order.size()) {
+                areAllDecoded = true;
+            }
             if (order[i]->stream && !isAlone) {
                 order[i]->stream->runAhead(areAllDecoded);
             }

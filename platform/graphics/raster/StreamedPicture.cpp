@@ -112,6 +112,13 @@ StreamedPicture::Rows StreamedPicture::keptFor(int y) const {
     return keepsCanvas_ ? Rows{y, y + 1} : pictureRows_[static_cast<std::size_t>(y)];
 }
 
+template <typename IsEnough>
+void StreamedPicture::makeAhead(std::unique_lock<std::mutex>& lock, const IsEnough& isEnough) {
+    while (!isEnough() && !isMaking_ && made_ < keptCount() && kept_.bytes() < bytesAhead) {
+        makeRows(lock, std::min(keptCount() - made_, rowsTogether));
+    }
+}
+
 void StreamedPicture::claim(int first, int count) {
     assert(first >= 0 && count > 0 && first + count <= canvas_.height);
     const int end = keptFor(first + count - 1).end;
@@ -126,10 +133,8 @@ void StreamedPicture::claim(int first, int count) {
         }
     }
     // Others draw meanwhile: decoding, which only one can do at a time, had better not stop.
-    if (othersDraw && kept_.bytes() < bytesAhead / 2) {
-        while (!isMaking_ && made_ < keptCount() && kept_.bytes() < bytesAhead) {
-            makeRows(lock, std::min(keptCount() - made_, rowsTogether));
-        }
+    if (othersDraw) {
+        makeAhead(lock, [] { return false; });
     }
 }
 
@@ -149,9 +154,7 @@ void StreamedPicture::dropDrawn() noexcept {
 
 void StreamedPicture::runAhead(const std::atomic<bool>& isEnough) {
     std::unique_lock lock(mutex_);
-    while (!isEnough && !isMaking_ && made_ < keptCount() && kept_.bytes() < bytesAhead) {
-        makeRows(lock, std::min(keptCount() - made_, rowsTogether));
-    }
+    makeAhead(lock, [&isEnough] { return isEnough.load(); });
 }
 
 bool StreamedPicture::finish() {

@@ -78,6 +78,8 @@ private:
     [[nodiscard]] Rows keptFor(int y) const;
     [[nodiscard]] int keptCount() const { return keepsCanvas_ ? canvas_.height : reader_->size().height; }
     void makeRows(std::unique_lock<std::mutex>& lock, int count);
+    /// As long as there is room, nobody else makes rows and it is not enough yet.
+    template <typename IsEnough> void makeAhead(std::unique_lock<std::mutex>& lock, const IsEnough& isEnough);
     [[nodiscard]] int appendRows(std::span<std::uint8_t*> rows);
     void dropDrawn() noexcept;
     [[nodiscard]] bool makeRow(int kept, std::uint8_t* out);

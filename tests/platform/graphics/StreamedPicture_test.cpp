@@ -1,8 +1,8 @@
 #include "platform/graphics/raster/StreamedPicture.h"
 
-#include "../codecs/JpegDocuments.h"
-#include "../codecs/TestPictures.h"
 #include "DrawnPictures.h"
+#include "codecs/JpegDocuments.h"
+#include "codecs/TestPictures.h"
 #include "platform/graphics/BitmapContext.h"
 #include "platform/graphics/Cropping.h"
 #include "platform/graphics/DrawnPictures.h"
