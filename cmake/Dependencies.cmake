@@ -9,6 +9,16 @@ foreach(library IN ITEMS libpng libjpeg libwebp libwebpdemux libheif libexif lcm
   pkg_check_modules(${library} REQUIRED IMPORTED_TARGET ${library})
 endforeach()
 
+# What few runs need is not linked but opened then (SystemLibrary.h): <library>_FILE is what the loader knows it by.
+foreach(library IN ITEMS libheif libcurl)
+  list(GET ${library}_LINK_LIBRARIES 0 file)
+  file(REAL_PATH "${file}" file)
+  if(NOT file MATCHES "/([^/]*\\.so\\.[0-9]+)[^/]*$")
+    message(FATAL_ERROR "${library}: ${file} is no shared library with a version")
+  endif()
+  set(${library}_FILE "${CMAKE_MATCH_1}")
+endforeach()
+
 if(QUILLOMAT_TESTS)
   find_package(GTest REQUIRED)
   include(GoogleTest)

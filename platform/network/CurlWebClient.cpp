@@ -1,5 +1,6 @@
 #include "platform/network/CurlWebClient.h"
 
+#include "platform/foundation/SystemLibrary.h"
 #include "platform/foundation/Trace.h"
 #include "platform/network/Gunzip.h"
 
@@ -50,17 +51,42 @@ bool cannotExist(std::string_view authority) {
     return host == "invalid" || host.ends_with(".invalid");
 }
 
+/// libcurl, which brings thirty libraries along, is opened with the first client.
+const SystemLibrary library{QUILLOMAT_LIBCURL};
+
+namespace lib {
+const SystemFunction<decltype(::curl_easy_cleanup)> easy_cleanup{library, "curl_easy_cleanup"};
+const SystemFunction<decltype(::curl_easy_getinfo)> easy_getinfo{library, "curl_easy_getinfo"};
+const SystemFunction<decltype(::curl_easy_init)> easy_init{library, "curl_easy_init"};
+const SystemFunction<decltype(::curl_easy_perform)> easy_perform{library, "curl_easy_perform"};
+const SystemFunction<decltype(::curl_easy_setopt)> easy_setopt{library, "curl_easy_setopt"};
+const SystemFunction<decltype(::curl_easy_strerror)> easy_strerror{library, "curl_easy_strerror"};
+const SystemFunction<decltype(::curl_global_init)> global_init{library, "curl_global_init"};
+const SystemFunction<decltype(::curl_slist_append)> slist_append{library, "curl_slist_append"};
+const SystemFunction<decltype(::curl_slist_free_all)> slist_free_all{library, "curl_slist_free_all"};
+} // namespace lib
+
 void startLibraryOnce() {
-    static const CURLcode started = curl_global_init(CURL_GLOBAL_DEFAULT);
+    static const CURLcode started = lib::global_init(CURL_GLOBAL_DEFAULT);
     static_cast<void>(started);
 }
 
-using StringList = std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)>;
+struct FreeStrings {
+    void operator()(curl_slist* list) const { lib::slist_free_all(list); }
+};
+using StringList = std::unique_ptr<curl_slist, FreeStrings>;
+
+struct CleanUp {
+    void operator()(CURL* handle) const { lib::easy_cleanup(handle); }
+};
 
 StringList listOf(const std::vector<std::string>& texts) {
-    StringList list(nullptr, &curl_slist_free_all);
+    StringList list;
+    if (!library.isThere()) {
+        return list;
+    }
     for (const std::string& text : texts) {
-        if (curl_slist* longer = curl_slist_append(list.get(), text.c_str())) {
+        if (curl_slist* longer = lib::slist_append(list.get(), text.c_str())) {
             static_cast<void>(list.release());
             list.reset(longer);
         }
@@ -156,7 +182,7 @@ struct CurlWebClient::Session {
     bool isHostLost = false; // the last fetch found nobody, or waited in vain
 
 private:
-    template <typename T> void set(CURLoption option, T value) { curl_easy_setopt(handle.get(), option, value); }
+    template <typename T> void set(CURLoption option, T value) { lib::easy_setopt(handle.get(), option, value); }
     void setLimits();
     void setSecurity();
     [[nodiscard]] std::string transportComplaint(CURLcode code, const Reply& reply) const;
@@ -164,23 +190,25 @@ private:
     [[nodiscard]] std::string libraryComplaint(CURLcode code) const;
     template <typename T> [[nodiscard]] T get(CURLINFO info) const {
         T value{};
-        curl_easy_getinfo(handle.get(), info, &value);
+        lib::easy_getinfo(handle.get(), info, &value);
         return value;
     }
 
     StringList resolve;
     StringList fields;
-    std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> handle;
+    std::unique_ptr<CURL, CleanUp> handle;
     char errorText[CURL_ERROR_SIZE] = {};
 };
 
 CurlWebClient::Session::Session(CurlOptions settings)
     : options(std::move(settings))
     , resolve(listOf(options.resolve))
-    , fields(listOf({"Accept-Encoding: gzip", "Connection: close"}))
-    , handle(nullptr, &curl_easy_cleanup) {
+    , fields(listOf({"Accept-Encoding: gzip", "Connection: close"})) {
+    if (!library.isThere()) {
+        return;
+    }
     startLibraryOnce();
-    handle.reset(curl_easy_init());
+    handle.reset(lib::easy_init());
     if (!handle) {
         return;
     }
@@ -226,7 +254,7 @@ void CurlWebClient::Session::setSecurity() {
 }
 
 std::string CurlWebClient::Session::libraryComplaint(CURLcode code) const {
-    std::string text = errorText[0] != '\0' ? &errorText[0] : curl_easy_strerror(code);
+    std::string text = errorText[0] != '\0' ? &errorText[0] : lib::easy_strerror(code);
     text.front() = static_cast<char>(std::tolower(static_cast<unsigned char>(text.front())));
     std::replace_if(
         text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
@@ -277,7 +305,7 @@ Result<Bytes> CurlWebClient::Session::fetch(const std::string& url) {
     set(CURLOPT_HEADERDATA, &reply);
     const CURLcode code = [this] {
         const trace::Span span("fetch");
-        return curl_easy_perform(handle.get());
+        return lib::easy_perform(handle.get());
     }();
     isHostLost =
         code == CURLE_COULDNT_RESOLVE_HOST || code == CURLE_COULDNT_CONNECT || code == CURLE_OPERATION_TIMEDOUT;
