@@ -10,6 +10,7 @@
 #include "hosts/desktop/FolderPhotoLibrary.h"
 #include "hosts/desktop/UserFolders.h"
 #include "platform/graphics/ImageFile.h"
+#include "platform/graphics/PngWriter.h"
 #include "platform/graphics/RecordingFile.h"
 
 #include <algorithm>
@@ -256,12 +257,16 @@ Result<std::string> deliver(World& world, const RenderJob& job, const Image& sav
         library.writeToSavedPhotosAlbum(saved);
         return library.lastWrite();
     }
-    const auto png = pngDocument(saved);
-    if (!png) {
-        return Failure{*job.output + ": " + png.reason()};
-    }
-    const Status written =
-        *job.output == "-" ? writeStandardOutput(**png) : writeOutputFile(world.files(), *job.output, **png);
+    const Status written = [&]() -> Status {
+        if (const auto draft = draftOf(saved)) {
+            return draft->publish();
+        }
+        const auto png = pngDocument(saved);
+        if (!png) {
+            return Failure{png.reason()};
+        }
+        return *job.output == "-" ? writeStandardOutput(**png) : writeOutputFile(world.files(), *job.output, **png);
+    }();
     if (!written) {
         return Failure{(*job.output == "-" ? std::string("standard output") : *job.output) + ": " + written.reason()};
     }
@@ -273,6 +278,9 @@ Result<std::string> deliver(World& world, const RenderJob& job, const Image& sav
 Result<RenderReport> renderMockup(World& world, const RenderJob& job) {
     const auto start = steady_clock::now();
     world.platform().savedEffort = job.best ? PngEffort::best : PngEffort::fast;
+    if (job.output && *job.output != "-") {
+        world.platform().savedDraft = [output = *job.output] { return beginOutputFile(output); };
+    }
     Image composed;
     if (job.dump) {
         world.platform().composed = [&composed](const Image& picture) { composed = picture; };

@@ -1,11 +1,14 @@
 #include "cli/StandardStreams.h"
 
 #include "cli/Messages.h"
+#include "platform/foundation/FileDescriptor.h"
+#include "platform/foundation/TemporaryFiles.h"
 
 #include <array>
 #include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
+#include <optional>
 #include <unistd.h>
 
 namespace quillomat {
@@ -53,18 +56,38 @@ Status writeStandardOutput(std::span<const std::byte> bytes) {
     return writeAll(STDOUT_FILENO, bytes);
 }
 
-Status writeOutputFile(FileManager& files, const std::string& path, std::span<const std::byte> bytes) {
+namespace {
+
+/// The file that is replaced by writing to that path: where a link leads to. Nothing for what is no regular file.
+std::optional<std::string> replacedFile(const std::string& path) {
     namespace fs = std::filesystem;
     std::error_code error;
     const auto kind = fs::status(path, error).type();
-    if (kind == fs::file_type::directory) {
-        return Failure{"is a directory"};
-    }
     if (kind != fs::file_type::regular && kind != fs::file_type::not_found && kind != fs::file_type::none) {
-        return writeInto(path, bytes);
+        return std::nullopt;
     }
     const auto target = fs::is_symlink(fs::symlink_status(path, error)) ? fs::canonical(path, error) : fs::path(path);
-    return files.write(error ? path : target.string(), bytes);
+    return error ? path : target.string();
+}
+
+} // namespace
+
+Result<std::shared_ptr<FileDraft>> beginOutputFile(const std::string& path) {
+    const auto file = replacedFile(path);
+    if (!file) {
+        return Failure{"is no regular file"};
+    }
+    removeStaleTemporaryFiles(parentFolder(*file));
+    return FileDraft::begin(*file);
+}
+
+Status writeOutputFile(FileManager& files, const std::string& path, std::span<const std::byte> bytes) {
+    std::error_code error;
+    if (std::filesystem::is_directory(path, error)) {
+        return Failure{"is a directory"};
+    }
+    const auto file = replacedFile(path);
+    return file ? files.write(*file, bytes) : writeInto(path, bytes);
 }
 
 Status writeInto(const std::string& path, std::span<const std::byte> bytes) {

@@ -38,7 +38,7 @@ void EditingViewController::save() {
 void EditingViewController::writeToPhotos(const Image& picture) {
     if (!picture)
         return;
-    const auto document = asPngDocument(picture, platform().savedEffort);
+    const auto document = asPngDocument(picture, platform().savedEffort, platform().savedDraft);
     if (!document) {
         noteProblem(document.reason());
         return;

@@ -1,10 +1,11 @@
 #include "platform/foundation/FileManager.h"
 
+#include "platform/foundation/FileDescriptor.h"
+#include "platform/foundation/FileDraft.h"
 #include "platform/foundation/TemporaryFiles.h"
 #include "platform/foundation/Trace.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cerrno>
 #include <filesystem>
 #include <optional>
@@ -19,43 +20,6 @@ namespace quillomat {
 
 namespace {
 
-Failure systemFailure(int error) {
-    std::string text = std::generic_category().message(error);
-    if (!text.empty()) {
-        text.front() = static_cast<char>(std::tolower(static_cast<unsigned char>(text.front())));
-    }
-    return Failure{std::move(text)};
-}
-
-/// A path the system can be asked about: it would take a NUL for the end and look at another file.
-bool isUsable(const std::string& path) {
-    return !path.empty() && path.find('\0') == std::string::npos;
-}
-
-const Failure unusablePath{"not a usable path"};
-
-class FileDescriptor {
-public:
-    explicit FileDescriptor(int number) : number_(number) {}
-    FileDescriptor(FileDescriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
-    FileDescriptor& operator=(FileDescriptor&&) = delete;
-    ~FileDescriptor() {
-        if (number_ >= 0) {
-            ::close(number_);
-        }
-    }
-
-    [[nodiscard]] bool isOpen() const { return number_ >= 0; }
-    [[nodiscard]] int number() const { return number_; }
-    /// Closing reports what the disk had no room for on some network file systems.
-    [[nodiscard]] Status close() {
-        return ::close(std::exchange(number_, -1)) == 0 ? Status() : Status(systemFailure(errno));
-    }
-
-private:
-    int number_;
-};
-
 struct OpenFile {
     FileDescriptor descriptor;
     std::uint64_t size;
@@ -63,8 +27,8 @@ struct OpenFile {
 
 /// Opens for reading what is a regular file; a pipe or a device would block or never end.
 Result<std::shared_ptr<OpenFile>> openRegularFile(const std::string& path) {
-    if (!isUsable(path)) {
-        return unusablePath;
+    if (!isUsablePath(path)) {
+        return unusablePath();
     }
     FileDescriptor descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (!descriptor.isOpen()) {
@@ -96,105 +60,7 @@ Result<std::size_t> readUpTo(const FileDescriptor& file, std::span<std::byte> bu
     return filled;
 }
 
-Status writeAll(const FileDescriptor& file, std::span<const std::byte> bytes) {
-    while (!bytes.empty()) {
-        const ssize_t count = ::write(file.number(), bytes.data(), bytes.size());
-        if (count < 0 && errno != EINTR) {
-            return systemFailure(errno);
-        }
-        bytes = bytes.subspan(count > 0 ? static_cast<std::size_t>(count) : 0);
-    }
-    return {};
-}
-
-std::string parentFolder(const std::string& path) {
-    const auto slash = path.find_last_of('/');
-    if (slash == std::string::npos) {
-        return ".";
-    }
-    return slash == 0 ? "/" : path.substr(0, slash);
-}
-
-/// A new file beside the one it is to become, which vanishes again unless it is published.
-class TemporarySibling {
-public:
-    static Result<std::shared_ptr<TemporarySibling>> makeFor(const std::string& target) {
-        for (int attempt = 0; attempt < 16; ++attempt) {
-            std::string path = appendPathComponent(parentFolder(target), temporaryFileName());
-            FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666));
-            if (file.isOpen()) {
-                return std::make_shared<TemporarySibling>(std::move(file), std::move(path), target);
-            }
-            if (errno != EEXIST) {
-                return systemFailure(errno);
-            }
-        }
-        return systemFailure(EEXIST);
-    }
-
-    TemporarySibling(FileDescriptor file, std::string path, std::string target)
-        : file_(std::move(file)), path_(std::move(path)), target_(std::move(target)) {}
-    TemporarySibling(const TemporarySibling&) = delete;
-    TemporarySibling& operator=(const TemporarySibling&) = delete;
-    ~TemporarySibling() {
-        if (!path_.empty()) {
-            ::unlink(path_.c_str());
-        }
-    }
-
-    [[nodiscard]] const FileDescriptor& file() const { return file_; }
-
-    /// Takes the place of the target, whatever stands there; a link there is replaced and not followed.
-    Status replaceTarget() {
-        if (Status status = flush(); !status) {
-            return status;
-        }
-        if (::rename(path_.c_str(), target_.c_str()) != 0) {
-            return systemFailure(errno);
-        }
-        path_.clear();
-        flushFolder();
-        return {};
-    }
-
-    /// Takes the place of the target unless something stands there, also something that came a moment ago.
-    Status becomeTarget() {
-        if (Status status = flush(); !status) {
-            return status;
-        }
-        if (::renameat2(AT_FDCWD, path_.c_str(), AT_FDCWD, target_.c_str(), RENAME_NOREPLACE) == 0) {
-            path_.clear();
-        } else if (errno != EINVAL && errno != ENOSYS) {
-            return systemFailure(errno);
-        } else if (::link(path_.c_str(), target_.c_str()) != 0) {
-            return systemFailure(errno);
-        }
-        flushFolder();
-        return {};
-    }
-
-private:
-    Status flush() {
-        if (::fsync(file_.number()) != 0) {
-            return systemFailure(errno);
-        }
-        return file_.close();
-    }
-
-    /// The new name is in its place already; where a folder cannot be flushed, there is nothing left to undo.
-    void flushFolder() const {
-        const FileDescriptor folder(::open(parentFolder(target_).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-        if (folder.isOpen()) {
-            static_cast<void>(::fsync(folder.number()));
-        }
-    }
-
-    FileDescriptor file_;
-    std::string path_;
-    std::string target_;
-};
-
-Status copyBytes(const OpenFile& from, const FileDescriptor& to) {
+Status copyBytes(const OpenFile& from, FileDraft& to) {
     Bytes buffer(std::min<std::uint64_t>(from.size, std::uint64_t{1} << 20));
     for (std::uint64_t left = from.size; left > 0;) {
         const std::span part(buffer.data(), std::min<std::uint64_t>(left, buffer.size()));
@@ -205,7 +71,7 @@ Status copyBytes(const OpenFile& from, const FileDescriptor& to) {
         if (*count < part.size()) {
             return Failure{"became shorter while it was copied"};
         }
-        if (Status status = writeAll(to, part); !status) {
+        if (Status status = to.append(part); !status) {
             return status;
         }
         left -= part.size();
@@ -217,12 +83,12 @@ Status copyBytes(const OpenFile& from, const FileDescriptor& to) {
 
 bool SystemFileManager::fileExists(const std::string& path) const {
     struct stat info {};
-    return isUsable(path) && ::stat(path.c_str(), &info) == 0;
+    return isUsablePath(path) && ::stat(path.c_str(), &info) == 0;
 }
 
 Result<std::vector<std::string>> SystemFileManager::contentsOfDirectory(const std::string& path) const {
-    if (!isUsable(path)) {
-        return unusablePath;
+    if (!isUsablePath(path)) {
+        return unusablePath();
     }
     std::error_code error;
     std::vector<std::string> names;
@@ -282,18 +148,18 @@ void SystemFileManager::sweepOnce(const std::string& folder) {
 Status SystemFileManager::write(const std::string& path, std::span<const std::byte> bytes) {
     trace::Span span("write file");
     span.note("bytes", static_cast<std::int64_t>(bytes.size()));
-    if (!isUsable(path)) {
-        return unusablePath;
+    if (!isUsablePath(path)) {
+        return unusablePath();
     }
     sweepOnce(parentFolder(path));
-    const auto sibling = TemporarySibling::makeFor(path);
-    if (!sibling) {
-        return Failure{sibling.reason()};
+    const auto draft = FileDraft::begin(path);
+    if (!draft) {
+        return Failure{draft.reason()};
     }
-    if (Status status = writeAll((*sibling)->file(), bytes); !status) {
+    if (Status status = (*draft)->append(bytes); !status) {
         return status;
     }
-    return (*sibling)->replaceTarget();
+    return (*draft)->publish();
 }
 
 Status SystemFileManager::copy(const std::string& from, const std::string& to) {
@@ -302,31 +168,31 @@ Status SystemFileManager::copy(const std::string& from, const std::string& to) {
         return Failure{source.reason()};
     }
     struct stat info {};
-    if (!isUsable(to)) {
-        return unusablePath;
+    if (!isUsablePath(to)) {
+        return unusablePath();
     }
     // Only to spare the work; what counts is the moment of publishing.
     if (::lstat(to.c_str(), &info) == 0) {
         return systemFailure(EEXIST);
     }
     sweepOnce(parentFolder(to));
-    const auto sibling = TemporarySibling::makeFor(to);
-    if (!sibling) {
-        return Failure{sibling.reason()};
+    const auto draft = FileDraft::begin(to);
+    if (!draft) {
+        return Failure{draft.reason()};
     }
-    if (Status status = copyBytes(**source, (*sibling)->file()); !status) {
+    if (Status status = copyBytes(**source, **draft); !status) {
         return status;
     }
-    return (*sibling)->becomeTarget();
+    return (*draft)->publishUnlessThere();
 }
 
 Status SystemFileManager::remove(const std::string& path) {
-    if (!isUsable(path)) {
-        return unusablePath;
+    if (!isUsablePath(path)) {
+        return unusablePath();
     }
     const std::string name = removableName(path);
     if (name.empty()) {
-        return unusablePath;
+        return unusablePath();
     }
     std::error_code error;
     const auto removed = std::filesystem::remove_all(name, error);

@@ -23,7 +23,8 @@ public:
     virtual ~PhotoLibrary() = default;
     /// Asks once; the answer may arrive on any thread.
     virtual void requestAuthorization(std::function<void(PhotoAuthorization)> answer) = 0;
-    /// Hands the picture over. A picture that is still its encoded PNG document is stored as those very bytes.
+    /// Hands the picture over. A picture that is still its encoded PNG document is stored as those very bytes; they may
+    /// lie in a draft (`Platform::savedDraft`) of whoever stores them.
     virtual void writeToSavedPhotosAlbum(const Image& image) = 0;
 };
 
@@ -73,6 +74,8 @@ struct Platform {
     std::string documentsDirectory; // without a trailing separator
     ImageLimits imageLimits;
     PngEffort savedEffort = PngEffort::fast; // what saved pictures are written with
+    /// Begins the file that a picture is going to be stored in, where that is known before it is encoded; may be empty.
+    DraftMaker savedDraft = {};
     /// Told of each full-resolution picture while it is still what was recorded; may be empty.
     std::function<void(const Image&)> composed = {};
 };

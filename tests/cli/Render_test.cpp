@@ -1,5 +1,9 @@
 // `render`: what it takes, where the picture goes, and what it refuses.
 #include "Command.h"
+#include "platform/foundation/TemporaryFiles.h"
+
+#include <filesystem>
+#include <fstream>
 
 #include <sys/stat.h>
 
@@ -116,6 +120,18 @@ TEST_F(RenderTest, aFullDiskLeavesNothingHalfWritten) {
     EXPECT_EQ(ran.err, "quillomat: " + folder.path("there/out.png") + ": file too large\n");
     EXPECT_EQ(folder.contentOf("there/out.png"), "old");
     EXPECT_EQ(namesIn(folder.path("there")), testing::Words{"out.png"});
+}
+
+TEST_F(RenderTest, aBackgroundThatBreaksOffLeavesNothingHalfWritten) {
+    const std::string whole = std::string(QUILLOMAT_SOURCE_DIR) + "/resources/samples/background.jpg";
+    const std::string broken = folder.path("broken.jpg");
+    const std::string bytes = testing::contentOfFile(whole);
+    std::ofstream(broken, std::ios::binary) << bytes.substr(0, bytes.size() / 2);
+    expectFailure({"upright", "-s", shot, "-b", broken}, 1, broken + ": truncated JPEG");
+    render({"upright", "-s", shot, "-b", whole});
+    for (const auto& entry : std::filesystem::directory_iterator(folder.path())) {
+        EXPECT_FALSE(isTemporaryFileName(entry.path().filename().string())) << entry.path();
+    }
 }
 
 TEST_F(RenderTest, anOutputThatCannotBeWrittenIsNamed) {

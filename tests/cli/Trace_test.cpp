@@ -25,7 +25,7 @@ TEST_F(TraceTest, aRenderShowsItsStages) {
     EXPECT_TRUE(exists(out));
     const TraceDocument document = readTrace(testing::contentOfFile(trace));
     for (const char* stage : {"command", "load catalogue", "read file", "record composition", "decode picture", "plan",
-                              "draw rows", "straighten", "filter", "deflate", "write PNG", "write file"}) {
+                              "draw rows", "straighten", "filter", "deflate", "write PNG", "flush file"}) {
         EXPECT_GE(document.count(stage), 1U) << stage;
     }
     EXPECT_GE(document.count("decode picture"), 3U) << "screenshot, background, frame";

@@ -177,8 +177,8 @@ std::uint32_t crc32(std::span<const std::byte> bytes) {
     return crc32_gzip_refl(0, reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
 }
 
-std::uint64_t checksum64(std::span<const std::byte> bytes) {
-    return crc64_ecma_refl(0, reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+std::uint64_t checksum64(std::span<const std::byte> bytes, std::uint64_t before) {
+    return crc64_ecma_refl(before, reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
 }
 
 } // namespace quillomat::codecs

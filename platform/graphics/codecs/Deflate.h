@@ -32,7 +32,7 @@ private:
 /// The checksum of two stretches joined, from the checksum of each and the length of the second.
 [[nodiscard]] std::uint32_t joinAdler32(std::uint32_t first, std::uint32_t second, std::uint64_t secondLength);
 [[nodiscard]] std::uint32_t crc32(std::span<const std::byte> bytes);
-/// CRC-64, for telling documents apart.
-[[nodiscard]] std::uint64_t checksum64(std::span<const std::byte> bytes);
+/// CRC-64, for telling documents apart; `before` is that of the bytes that came before.
+[[nodiscard]] std::uint64_t checksum64(std::span<const std::byte> bytes, std::uint64_t before = 0);
 
 } // namespace quillomat::codecs

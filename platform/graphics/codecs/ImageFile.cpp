@@ -2,8 +2,10 @@
 
 #include "platform/foundation/Trace.h"
 #include "platform/graphics/Cropping.h"
+#include "platform/graphics/PngWriter.h"
 #include "platform/graphics/codecs/Codec.h"
 #include "platform/graphics/codecs/Deflate.h"
+#include "platform/graphics/codecs/DraftDocument.h"
 
 #include <algorithm>
 #include <array>
@@ -101,6 +103,7 @@ public:
     virtual ~Shelf() = default;
     [[nodiscard]] virtual Result<SharedDocument> take() const = 0;
     [[nodiscard]] virtual bool isMemory() const = 0;
+    [[nodiscard]] virtual std::shared_ptr<FileDraft> draft() const { return nullptr; }
 };
 
 class MemoryShelf final : public Shelf {
@@ -138,6 +141,29 @@ private:
     DocumentKey key_;
 };
 
+/// What nobody else has put under the draft's name since.
+class DraftShelf final : public Shelf {
+public:
+    DraftShelf(std::shared_ptr<FileDraft> draft, const DocumentKey& key) : draft_(std::move(draft)), key_(key) {}
+
+    [[nodiscard]] Result<SharedDocument> take() const override {
+        Result<Bytes> bytes = draft_->read();
+        if (!bytes) {
+            return Failure{bytes.reason()};
+        }
+        if (documentKeyOf(*bytes) != key_) {
+            return Failure{"the file holds another picture now"};
+        }
+        return std::make_shared<const Bytes>(std::move(bytes).value());
+    }
+    [[nodiscard]] bool isMemory() const override { return false; }
+    [[nodiscard]] std::shared_ptr<FileDraft> draft() const override { return draft_; }
+
+private:
+    std::shared_ptr<FileDraft> draft_;
+    DocumentKey key_;
+};
+
 /// A document and, as long as somebody holds them, its pixels.
 class EncodedSource final : public ImageSource {
 public:
@@ -153,6 +179,7 @@ public:
         return taken ? *taken : nullptr;
     }
     [[nodiscard]] bool isInMemory() const { return shelf_->isMemory(); }
+    [[nodiscard]] std::shared_ptr<FileDraft> draft() const { return shelf_->draft(); }
     [[nodiscard]] std::shared_ptr<const EncodedSource> inMemory() const {
         SharedDocument document = this->document();
         return document ? std::make_shared<const EncodedSource>(std::make_unique<MemoryShelf>(std::move(document)),
@@ -269,6 +296,12 @@ private:
 
 } // namespace
 
+Image imageOverDraft(std::shared_ptr<FileDraft> draft, const DocumentKey& key, const ImageHeader& header,
+                     const ImageLimits& limits, double scale) {
+    auto shelf = std::make_unique<DraftShelf>(std::move(draft), key);
+    return Image(std::make_shared<EncodedSource>(std::move(shelf), key, header, limits), scale);
+}
+
 Status checkSize(std::uint64_t width, std::uint64_t height, const ImageLimits& limits) {
     const std::string size = "picture of " + std::to_string(width) + " x " + std::to_string(height) + " pixels";
     if (width == 0 || height == 0) {
@@ -345,6 +378,11 @@ Image heldInMemory(const Image& image) {
     }
     auto held = encoded->inMemory();
     return held ? Image(std::move(held), image.scale()) : Image();
+}
+
+std::shared_ptr<FileDraft> draftOf(const Image& image) {
+    const auto encoded = std::dynamic_pointer_cast<const codecs::EncodedSource>(image.source());
+    return encoded ? encoded->draft() : nullptr;
 }
 
 std::string describeFormat(ImageFormat format) {

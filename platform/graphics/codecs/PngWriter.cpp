@@ -7,6 +7,8 @@
 #include "platform/graphics/ImageFile.h"
 #include "platform/graphics/Rasterizer.h"
 #include "platform/graphics/codecs/Deflate.h"
+#include "platform/graphics/codecs/DocumentSink.h"
+#include "platform/graphics/codecs/DraftDocument.h"
 #include "platform/graphics/codecs/PixelRows.h"
 #include "platform/graphics/codecs/PngChunks.h"
 #include "platform/graphics/codecs/RowFilters.h"
@@ -15,6 +17,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <condition_variable>
 #include <functional>
 #include <limits>
 #include <map>
@@ -41,6 +44,8 @@ constexpr int leastBandRows = 16;
 constexpr int mostBandRows = 512;
 // Every so many rows of a band are tried with each filter, to choose the band's one.
 constexpr int triedRowStep = 8;
+// Bands that are made while a disk is busy.
+constexpr std::size_t mostWaitingBytes = std::size_t{4} << 20;
 // PNG's own limit is far above; rows beyond this cannot be buffered.
 constexpr int largestWidth = 1 << 20;
 
@@ -232,22 +237,23 @@ private:
 /// Hands out bands and joins what comes back.
 class Encoder {
 public:
-    Encoder(const RowSource& source, PngEffort effort) : source_(source), effort_(effort), out_(fileHeader(source)) {
+    Encoder(const RowSource& source, PngEffort effort, codecs::DocumentSink& sink)
+        : source_(source), effort_(effort), sink_(sink) {
         const std::size_t wanted = effort == PngEffort::best ? bestBandBytes : fastBandBytes;
         const std::size_t rowBytes = static_cast<std::size_t>(source.size.width) * (source.isOpaque ? 3 : 4);
         const auto rows = static_cast<int>(std::min<std::size_t>(wanted / rowBytes, mostBandRows));
         bandRows_ = std::clamp(rows, leastBandRows, mostBandRows);
         bandCount_ = (source.size.height + bandRows_ - 1) / bandRows_;
-        // Most pictures come out smaller than half; what is not used is never touched. Twice as much holds any.
+        // Most pictures come out smaller than half. Twice as much holds any.
         const std::size_t filteredBytes = (rowBytes + 1) * static_cast<std::size_t>(source.size.height);
-        out_.reserve(filteredBytes / 2 + filteredBytes / 256 + 1024);
-        preferLargePages(out_.data() + out_.size(), out_.capacity() - out_.size());
+        sink_.begin(filteredBytes / 2 + filteredBytes / 256 + 1024);
     }
 
-    [[nodiscard]] Result<Bytes> encode(int threads) {
+    [[nodiscard]] Status encode(int threads) {
         trace::Span span("write PNG");
         span.note("width", source_.size.width);
         span.note("height", source_.size.height);
+        put(fileHeader(source_));
         std::vector<std::thread> helpers;
         for (int i = 1; i < std::min(threads, bandCount_); ++i) {
             try {
@@ -260,14 +266,13 @@ public:
         for (std::thread& helper : helpers) {
             helper.join();
         }
-        if (!failure_.empty()) {
-            return Failure{failure_};
-        }
-        const std::size_t checksum = beginChunk(out_, "IDAT");
-        appendNumber(out_, adler_);
-        endChunk(out_, checksum);
-        endChunk(out_, beginChunk(out_, "IEND"));
-        return std::move(out_);
+        Bytes end;
+        const std::size_t checksum = beginChunk(end, "IDAT");
+        appendNumber(end, adler_);
+        endChunk(end, checksum);
+        endChunk(end, beginChunk(end, "IEND"));
+        put(end);
+        return failure_.empty() ? Status() : Status(Failure{failure_});
     }
 
 private:
@@ -288,20 +293,44 @@ private:
         }
     }
 
-    void fail(const char* reason) {
+    void fail(const std::string& reason) {
         const std::lock_guard lock(mutex_);
         failure_ = reason;
         hasFailed_ = true;
     }
 
-    void join(int index, Band band) {
-        const std::lock_guard lock(mutex_);
-        waiting_.emplace(index, std::move(band));
-        for (auto at = waiting_.begin(); at != waiting_.end() && at->first == joined_; at = waiting_.erase(at)) {
-            out_.insert(out_.end(), at->second.chunk.begin(), at->second.chunk.end());
-            adler_ = codecs::joinAdler32(adler_, at->second.adler, at->second.length);
-            ++joined_;
+    /// After a failure nothing more is of use.
+    void put(std::span<const std::byte> bytes) {
+        if (hasFailed_) {
+            return;
         }
+        if (const Status status = sink_.append(bytes); !status) {
+            fail(status.reason());
+        }
+    }
+
+    /// One thread at a time hands bands on, and those that others bring meanwhile: nobody waits for a disk, unless it
+    /// falls far behind.
+    void join(int index, Band band) {
+        std::unique_lock lock(mutex_);
+        waitingBytes_ += band.chunk.size();
+        waiting_.emplace(index, std::move(band));
+        handedOn_.wait(lock, [this] { return !isJoining_ || waitingBytes_ < mostWaitingBytes; });
+        if (isJoining_) {
+            return;
+        }
+        isJoining_ = true;
+        for (auto next = waiting_.extract(joined_); !next.empty(); next = waiting_.extract(joined_)) {
+            lock.unlock();
+            put(next.mapped().chunk);
+            adler_ = codecs::joinAdler32(adler_, next.mapped().adler, next.mapped().length);
+            lock.lock();
+            ++joined_;
+            waitingBytes_ -= next.mapped().chunk.size();
+            handedOn_.notify_all();
+        }
+        isJoining_ = false;
+        handedOn_.notify_all();
     }
 
     const RowSource& source_;
@@ -313,12 +342,15 @@ private:
     std::mutex mutex_;
     std::string failure_;
     std::map<int, Band> waiting_; // made before those above them
+    std::size_t waitingBytes_ = 0;
+    std::condition_variable handedOn_;
+    bool isJoining_ = false;
     int joined_ = 0;
-    std::uint32_t adler_ = 1;
-    Bytes out_;
+    std::uint32_t adler_ = 1; // of what is joined
+    codecs::DocumentSink& sink_;
 };
 
-Result<Bytes> encode(const RowSource& source, PngEffort effort, int threads) {
+Status encode(const RowSource& source, codecs::DocumentSink& sink, PngEffort effort, int threads) {
     if (source.size.isEmpty()) {
         return Failure{"a picture without pixels"};
     }
@@ -327,7 +359,7 @@ Result<Bytes> encode(const RowSource& source, PngEffort effort, int threads) {
     }
     try {
         const int cores = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
-        return Encoder(source, effort).encode(threads > 0 ? threads : cores);
+        return Encoder(source, effort, sink).encode(threads > 0 ? threads : cores);
     } catch (const std::bad_alloc&) {
         return Failure{"not enough memory for the picture"};
     }
@@ -340,44 +372,68 @@ RowSource rowsOf(const Bitmap& bitmap, bool isOpaque) {
 }
 
 /// Nothing where the rows have to be drawn for `RowUse::any`.
-std::optional<Result<Bytes>> encodeRows(const Recording& recording, RowUse use, bool isOpaque, PngEffort effort,
-                                        int threads) {
+std::optional<Status> encodeRows(const Recording& recording, RowUse use, bool isOpaque, codecs::DocumentSink& sink,
+                                 PngEffort effort, int threads) {
     const Rasterizer rasterizer(recording, use, threads);
     const RowSource rows{recording.size(), isOpaque, [&rasterizer](int first, int count, std::span<std::uint8_t> out) {
                              rasterizer.rows(first, count, out);
                          }};
-    auto encoded = encode(rows, effort, threads);
+    Status encoded = encode(rows, sink, effort, threads);
     if (!rasterizer.finish()) {
         return std::nullopt;
     }
     return encoded;
 }
 
-} // namespace
-
-Result<Bytes> encodePng(const Bitmap& bitmap, PngEffort effort, int threads) {
-    return encode(rowsOf(bitmap, codecs::allOpaque(bitmap.bytes().data(), bitmap.size().area())), effort, threads);
-}
-
-Result<Bytes> encodePng(const Image& image, PngEffort effort, int threads) {
+Status encode(const Image& image, codecs::DocumentSink& sink, PngEffort effort, int threads) {
     if (!image) {
         return Failure{"no picture"};
     }
     const ImageSource& source = *image.source();
     if (const Recording* recording = source.recording()) {
-        auto encoded = encodeRows(*recording, RowUse::once, source.isKnownOpaque(), effort, threads);
-        return encoded ? std::move(*encoded)
-                       : *encodeRows(*recording, RowUse::any, source.isKnownOpaque(), effort, threads);
+        const bool isOpaque = source.isKnownOpaque();
+        const auto encoded = encodeRows(*recording, RowUse::once, isOpaque, sink, effort, threads);
+        return encoded ? *encoded : *encodeRows(*recording, RowUse::any, isOpaque, sink, effort, threads);
     }
     const SharedBitmap bitmap = source.bitmap();
     if (!bitmap) {
         const std::string reason = source.failure();
         return Failure{reason.empty() ? "a picture without pixels" : reason};
     }
-    return encode(rowsOf(*bitmap, source.isKnownOpaque() || bitmap->isOpaque()), effort, threads);
+    return encode(rowsOf(*bitmap, source.isKnownOpaque() || bitmap->isOpaque()), sink, effort, threads);
 }
 
-Result<Image> asPngDocument(const Image& image, PngEffort effort) {
+/// Null where the document could not be written so.
+std::shared_ptr<FileDraft> encodeIntoDraft(const Image& image, PngEffort effort, const DraftMaker& makeDraft,
+                                           DocumentKey& key) {
+    const auto draft = makeDraft ? makeDraft() : Failure{"no draft"};
+    if (!draft) {
+        return nullptr;
+    }
+    codecs::DraftSink sink(**draft);
+    if (!encode(image, sink, effort, /*threads=*/0)) {
+        return nullptr;
+    }
+    key = sink.key();
+    return *draft;
+}
+
+} // namespace
+
+Result<Bytes> encodePng(const Bitmap& bitmap, PngEffort effort, int threads) {
+    codecs::BytesSink sink;
+    const bool isOpaque = codecs::allOpaque(bitmap.bytes().data(), bitmap.size().area());
+    const Status encoded = encode(rowsOf(bitmap, isOpaque), sink, effort, threads);
+    return encoded ? Result<Bytes>(sink.take()) : Failure{encoded.reason()};
+}
+
+Result<Bytes> encodePng(const Image& image, PngEffort effort, int threads) {
+    codecs::BytesSink sink;
+    const Status encoded = encode(image, sink, effort, threads);
+    return encoded ? Result<Bytes>(sink.take()) : Failure{encoded.reason()};
+}
+
+Result<Image> asPngDocument(const Image& image, PngEffort effort, const DraftMaker& makeDraft) {
     // For a document that was written a moment ago, here.
     constexpr ImageLimits ownDocument{.pixels = std::numeric_limits<std::uint64_t>::max(),
                                       .side = std::numeric_limits<int>::max(),
@@ -385,6 +441,13 @@ Result<Image> asPngDocument(const Image& image, PngEffort effort) {
     const SharedDocument document = image ? image.source()->document() : nullptr;
     if (document && codecs::isPng(*document)) {
         return image;
+    }
+    DocumentKey key;
+    if (auto draft = encodeIntoDraft(image, effort, makeDraft, key)) {
+        ImageHeader header;
+        header.size = image.pixelSize();
+        header.isKnownOpaque = image.source()->isKnownOpaque();
+        return codecs::imageOverDraft(std::move(draft), key, header, ownDocument, image.scale());
     }
     auto encoded = encodePng(image, effort);
     if (!encoded) {

@@ -1,3 +1,6 @@
+#include "DrawnPictures.h"
+#include "JpegDocuments.h"
+#include "TemporaryFolder.h"
 #include "TestPictures.h"
 #include "platform/graphics/BitmapContext.h"
 #include "platform/graphics/PngWriter.h"
@@ -7,6 +10,8 @@
 #include <optional>
 #include <random>
 #include <string_view>
+
+#include <fcntl.h>
 
 namespace quillomat::testing {
 namespace {
@@ -207,6 +212,79 @@ TEST(PngWriter, documentOfARecordingHasItsPixelsAndLetsGoOfWhatWasDrawn) {
     EXPECT_EQ(*document.bitmap(), expected);
     EXPECT_EQ(*asPngDocument(document), document) << "it is one already";
     EXPECT_FALSE(asPngDocument(Image()));
+}
+
+class PngDraftTest : public ::testing::Test {
+protected:
+    [[nodiscard]] DraftMaker intoFile() const {
+        return [path = path] { return FileDraft::begin(path); };
+    }
+    [[nodiscard]] std::size_t entries() const { return SystemFileManager().contentsOfDirectory(folder.path())->size(); }
+
+    TemporaryFolder folder;
+    std::string path = appendPathComponent(folder.path(), "picture.png");
+};
+
+TEST_F(PngDraftTest, documentsInFilesAreTheVeryBytesOfThoseInMemory) {
+    BitmapContext context({90, 70});
+    context.drawImage(Image::fromBitmap(photographLike({90, 70})), makeRect(0, 0, 90, 70));
+    for (const Image& image : {Image::fromBitmap(sample(300, 200, true, 4)),
+                               Image::fromBitmap(sample(300, 200, false, 4)), context.makeImage()}) {
+        const Image document = asPngDocument(image, PngEffort::fast, intoFile()).value();
+        const auto draft = draftOf(document);
+        ASSERT_TRUE(draft);
+        EXPECT_EQ(document.pixelSize(), image.pixelSize());
+        EXPECT_EQ(document.source()->documentKey(), imageFromBytes(*encodePng(image))->source()->documentKey());
+        EXPECT_TRUE(*document.source()->document() == *encodePng(image));
+        EXPECT_EQ(*document.bitmap(), *image.bitmap());
+        ASSERT_TRUE(draft->publish());
+        EXPECT_TRUE(readWhole(path) == *encodePng(image));
+        EXPECT_TRUE(*document.source()->document() == *encodePng(image)) << "still there";
+    }
+}
+
+TEST_F(PngDraftTest, anotherFileOfTheNameIsNoDocumentOfThePicture) {
+    const Image document = asPngDocument(Image::fromBitmap(sample(9, 9, true, 1)), PngEffort::fast, intoFile()).value();
+    ASSERT_TRUE(draftOf(document)->publish());
+    ASSERT_TRUE(SystemFileManager().write(path, *encodePng(sample(9, 9, true, 2))));
+    EXPECT_EQ(document.source()->document(), nullptr);
+    EXPECT_EQ(document.bitmap(), nullptr);
+    EXPECT_EQ(document.source()->failure(), "the file holds another picture now");
+}
+
+TEST_F(PngDraftTest, whatIsNotStoredLeavesNothing) {
+    {
+        const Image document =
+            asPngDocument(Image::fromBitmap(sample(9, 9, true, 1)), PngEffort::fast, intoFile()).value();
+    }
+    EXPECT_EQ(entries(), 0U);
+}
+
+TEST_F(PngDraftTest, filesThatCannotBeWrittenLeaveTheDocumentInMemory) {
+    const Image image = Image::fromBitmap(sample(300, 200, false, 4));
+    const DraftMaker nowhere = [this] { return FileDraft::begin(path + "/gone/picture.png"); };
+    const DraftMaker full = [] {
+        return Result(std::make_shared<FileDraft>(FileDescriptor(::open("/dev/full", O_WRONLY)), "", ""));
+    };
+    for (const DraftMaker& maker : {nowhere, full}) {
+        const Image document = asPngDocument(image, PngEffort::fast, maker).value();
+        EXPECT_EQ(draftOf(document), nullptr);
+        EXPECT_TRUE(*document.source()->document() == *encodePng(image));
+    }
+}
+
+TEST_F(PngDraftTest, damageFoundMeanwhileBeginsTheFileAfresh) {
+    Bytes jpeg = jpegOf(photographLike({333, 251}));
+    jpeg.resize(jpeg.size() - jpeg.size() / 3);
+    const auto composed = [&] {
+        BitmapContext context({300, 200});
+        context.drawImage(imageFromBytes(jpeg).value(), makeRect(0, 0, 300, 200));
+        context.drawImage(Image::fromBitmap(photographLike({90, 70})), makeRect(5, 5, 90, 70));
+        return context.makeImage();
+    };
+    const Image document = asPngDocument(composed(), PngEffort::fast, intoFile()).value();
+    ASSERT_TRUE(draftOf(document));
+    EXPECT_TRUE(*document.source()->document() == *encodePng(composed()));
 }
 
 } // namespace

@@ -1,0 +1,32 @@
+#include "platform/graphics/codecs/DocumentSink.h"
+
+#include "platform/graphics/codecs/Deflate.h"
+
+namespace quillomat::codecs {
+
+void BytesSink::begin(std::size_t likelyLength) {
+    bytes_ = {};
+    // What is not used is never touched.
+    bytes_.reserve(likelyLength);
+    preferLargePages(bytes_.data(), bytes_.capacity());
+}
+
+Status BytesSink::append(std::span<const std::byte> bytes) {
+    bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
+    return {};
+}
+
+void DraftSink::begin(std::size_t /*likelyLength*/) {
+    key_ = {};
+    begun_ = draft_.clear();
+}
+
+Status DraftSink::append(std::span<const std::byte> bytes) {
+    if (!begun_) {
+        return begun_;
+    }
+    key_ = {key_.length + bytes.size(), checksum64(bytes, key_.checksum)};
+    return draft_.append(bytes);
+}
+
+} // namespace quillomat::codecs
