@@ -13,7 +13,7 @@ struct GlobalOptions {
     std::string caCertificate; // a file with an authority to trust beside the system's
     double screenScale = 1;
     std::uint64_t memory = std::uint64_t{1} << 30; // bytes, the ceiling for one render
-    std::string trace; // a file for the stages of the work; empty: none
+    std::string trace;                             // a file for the stages of the work; empty: none
     bool json = false;
     bool verbose = false;
 };

@@ -97,8 +97,8 @@ void EditingViewController::requestPhotoAuthorization() {
 }
 
 /// The frame on screen and the frame in the composition are one picture, decoded once: resources do not change while
-/// the application runs; a document is read afresh each time, and only counts as new when its bytes are. What the editor shows
-/// it keeps, whatever becomes of the file.
+/// the application runs; a document is read afresh each time, and only counts as new when its bytes are. What the
+/// editor shows it keeps, whatever becomes of the file.
 Image EditingViewController::pictureNamed(const std::string& name) {
     auto resource = resourcePictures_.find(name);
     if (resource == resourcePictures_.end())

@@ -9,8 +9,9 @@
 
 namespace quillomat {
 
-/// The recording with its encoded pictures decoded and the recordings among them rasterised. A picture that is drawn much smaller than it is, without
-/// perspective, is decoded at a reduced size where its format can do that: at least twice what is drawn.
+/// The recording with its encoded pictures decoded and the recordings among them rasterised. A picture that is drawn
+/// much smaller than it is, without perspective, is decoded at a reduced size where its format can do that: at least
+/// twice what is drawn.
 [[nodiscard]] Recording withDecodedPictures(const Recording& recording, int threads = 0);
 
 struct StreamedRecording {

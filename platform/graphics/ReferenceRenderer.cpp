@@ -302,6 +302,7 @@ public:
         }
     }
 
+    [[nodiscard]] const std::vector<Pixel>& pixels() const { return pixels_; }
     [[nodiscard]] Bitmap rounded() const {
         Bitmap bitmap(size_);
         for (std::size_t i = 0; i < pixels_.size(); ++i) {
@@ -364,17 +365,22 @@ private:
     std::vector<Pixel> pixels_;
 };
 
-} // namespace
-
-Bitmap renderReference(const Recording& recording, const ReferenceQuality& quality) {
-    if (recording.size().isEmpty()) {
-        return {};
-    }
+Canvas drawn(const Recording& recording, const ReferenceQuality& quality) {
     Canvas canvas(recording.size(), quality);
     for (const LayerDraw& draw : recording.draws()) {
         canvas.draw(draw);
     }
-    return canvas.rounded();
+    return canvas;
+}
+
+} // namespace
+
+Bitmap renderReference(const Recording& recording, const ReferenceQuality& quality) {
+    return drawn(recording, quality).rounded();
+}
+
+std::vector<Pixel> renderUnrounded(const Recording& recording, const ReferenceQuality& quality) {
+    return drawn(recording, quality).pixels();
 }
 
 } // namespace quillomat

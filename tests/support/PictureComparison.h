@@ -78,10 +78,10 @@ inline std::string currentTestName() {
 }
 
 inline ::testing::AssertionResult picturesAgree(const Bitmap& expected, const Bitmap& actual,
-                                              const PictureTolerance& tolerance) {
+                                                const PictureTolerance& tolerance) {
     if (expected.size() != actual.size()) {
         return ::testing::AssertionFailure() << "sizes differ: " << expected.width() << " x " << expected.height()
-                                           << " and " << actual.width() << " x " << actual.height();
+                                             << " and " << actual.width() << " x " << actual.height();
     }
     const PictureDifference found = differenceBetween(expected, actual, tolerance.noticeable);
     const double share =
@@ -94,8 +94,8 @@ inline ::testing::AssertionResult picturesAgree(const Bitmap& expected, const Bi
     leaveBehind(name + "-actual", actual);
     leaveBehind(name + "-difference", pictureOfDifference(expected, actual));
     return ::testing::AssertionFailure() << "largest difference " << found.largest << ", " << found.noticeable << " of "
-                                       << found.channels << " channels differ by more than " << tolerance.noticeable
-                                       << ", PSNR " << found.psnr << " dB; pictures left as " << name << "-*.png";
+                                         << found.channels << " channels differ by more than " << tolerance.noticeable
+                                         << ", PSNR " << found.psnr << " dB; pictures left as " << name << "-*.png";
 }
 
 } // namespace quillomat

@@ -21,15 +21,12 @@ constexpr int mostTaps = 16;
 /// Weights of one filter profile at each of 256 phases of a column position. Tap t of a position reads the whole
 /// position - taps / 2 + 1 + t. The weights of a line sum to 256, none is over 255.
 struct ColumnTable {
-    int taps = 4; // 4, 8, 12 or 16
-    /// The line of phase 0. A line has taps x 4 bytes: of each two taps the pair of weights, four times over, once for
-    /// each channel. There are lines from phase -128 up to phase 383: they weigh a neighbouring whole position's taps.
+    int taps = 4; // 4, 8 or 16
+    /// The line of phase 0, a byte for each tap. There are lines from phase -128 up to phase 383: they weigh a
+    /// neighbouring whole position's taps.
     const std::uint8_t* lines = nullptr;
 
-    [[nodiscard]] std::ptrdiff_t line() const { return taps * 4; }
-    [[nodiscard]] std::uint8_t weight(int phase, int tap) const {
-        return lines[phase * line() + (tap / 2) * 8 + tap % 2];
-    }
+    [[nodiscard]] std::uint8_t weight(int phase, int tap) const { return lines[phase * taps + tap]; }
 };
 constexpr int phasesBeyond = phases / 2;
 
@@ -39,7 +36,9 @@ struct RowTable {
     int taps = 2; // even, up to 16
     const std::int16_t* lines = nullptr;
 
-    [[nodiscard]] std::int16_t weight(int phase, int tap) const { return lines[phase * taps + tap]; }
+    /// A line has 8 or 16 numbers; what follows the taps is 0.
+    [[nodiscard]] int line() const { return taps <= 8 ? 8 : 16; }
+    [[nodiscard]] std::int16_t weight(int phase, int tap) const { return lines[phase * line() + tap]; }
 };
 
 /// A sheared separable footprint, the same over a stretch of pixels. Positions are in 1/256 of a picture's pixel, the
@@ -52,16 +51,21 @@ struct Footprint {
     std::int32_t shear = 0;
     /// All rows begin at one column, that of the footprint's middle, and their phases differ by a whole number each:
     /// then `shear` is a multiple of `steadyShear`, it moves no row by more than `phasesBeyond` from the middle, and
-    /// the rows of a segment lie within 2^31 bytes.
+    /// the rows of a block lie within 2^31 bytes.
     bool isSteady = false;
     /// Of a steady footprint of four rows of four columns, where somebody made them: sixteen bytes for each phase from
     /// -128 up to 383 of its first row, the column weights of all four rows.
     const std::uint8_t* steadyLines = nullptr;
 };
+// Weights' products sum to 2^23 times the pixels less 128: half a step more and 128 raise them to where they are
+// rounded by cutting.
+constexpr int sumBits = 23;
+constexpr std::int32_t sumOfHalf = (1 << (sumBits - 1)) + (128 << sumBits);
 constexpr int shearOne = 1 << 15;
 constexpr int steadyShear = shearOne / phases;
 
 constexpr int longestSegment = 64;
+constexpr int longestBlock = 256;
 
 /// A row of projected positions: at canvas coordinate x, u = (x uStep + u0) / (x wStep + w0), and so v, in 1/256 of a
 /// pixel. They are cut to where all taps read the picture's edge anyway; what is no number becomes the lowest.
@@ -73,7 +77,7 @@ struct ProjectedRow {
 };
 constexpr double lowestPosition = -32 * phases;
 
-/// Positions along a segment in which w hardly changes: start + step i + bend i², rounded, `origin` apart.
+/// Positions along a block in which w hardly changes: start + step i + bend i², rounded, `origin` apart.
 struct CurvedRow {
     struct Axis {
         std::int32_t origin = 0;
@@ -85,7 +89,7 @@ struct CurvedRow {
     Axis v;
 };
 /// Positions lie less than this from their origin.
-constexpr float farthestFromOrigin = 1 << 17;
+constexpr float farthestFromOrigin = 1 << 18;
 
 /// The sum of weights whose products with bytes are added up in 16 bits.
 constexpr int mixedWhole = 112;
@@ -127,13 +131,12 @@ struct Kernels {
 
     /// Positions of the centres of `count` canvas pixels from column `left` on.
     void (*projectPositions)(const ProjectedRow& row, int left, int count, std::int32_t* u, std::int32_t* v);
-    /// The same along a curve, `first` pixels from its start. What u and v hold beyond `count`, up to
-    /// `longestSegment` of them, is lost.
-    void (*followCurve)(const CurvedRow& row, int first, int count, std::int32_t* u, std::int32_t* v);
-    /// Filters up to `longestSegment` pixels at the positions (u, v), which have room for so many. Taps outside the
-    /// picture read its nearest pixel.
+    /// Filters up to `longestSegment` pixels at the positions (u, v), which have room for so many; what they hold
+    /// beyond `count` does not matter. Taps outside the picture read its nearest pixel.
     void (*filterFootprint)(const Footprint& footprint, const std::int32_t* u, const std::int32_t* v, int count,
                             std::uint8_t* out);
+    /// The same at any number of positions along a curve, from its `first` on.
+    void (*filterAlongCurve)(const Footprint& footprint, const CurvedRow& row, int first, int count, std::uint8_t* out);
     /// Weighted sum of `taps` rows of `count` bytes, weights of sum 16384; results have 6 fractional bits.
     void (*combineRows)(const std::uint8_t* const* rows, const std::int16_t* weights, int taps, int count,
                         std::int16_t* out);

@@ -17,9 +17,9 @@ namespace quillomat::raster {
 /// The widths of two boxes together that the tables hold.
 constexpr double widestBoxes = 14;
 
-/// The tables of one pair of boxes and a tent. The widths are rounded to 32nds below 2, to sixteenths up to 6 and to
-/// eighths above. Column tables have room for the boxes' and the tent's reach and `slack` more columns on each side, as
-/// far as `mostTaps` allow. Each table is made when it is first asked for and kept; asking is safe from any thread.
+/// The tables of one pair of boxes and a tent. The widths are rounded to 32nds below 6 and to
+/// sixteenths above. Column tables have room for the boxes' and the tent's reach and `slack` more columns on each side,
+/// as far as `mostTaps` allow. Each table is made when it is first asked for and kept; asking is safe from any thread.
 [[nodiscard]] const ColumnTable& columnTable(double boxWidth, double otherWidth, double slack = 0);
 [[nodiscard]] const RowTable& rowTable(double boxWidth, double otherWidth);
 /// The `steadyLines` of a footprint with these columns, four of them, whose rows' phases differ by `step`; kept as

@@ -6,11 +6,6 @@ namespace quillomat::raster {
 
 namespace {
 
-/// Rounded product of two numbers of 15 fractional bits.
-int multiplied15(int a, int b) {
-    return (a * b + 0x4000) >> 15;
-}
-
 std::int32_t positionOf(double numerator, double inverse, double highest) {
     const double at = numerator * inverse;
     const double bounded = at > lowestPosition ? (at < highest ? at : highest) : lowestPosition;
@@ -27,20 +22,13 @@ void projectPositions(const ProjectedRow& row, int left, int count, std::int32_t
     }
 }
 
-void followAxis(const CurvedRow::Axis& axis, int first, int count, std::int32_t* out) {
-    for (int i = 0; i < count; ++i) {
-        const auto at = static_cast<float>(first + i);
-        const float bent = axis.bend * at;
-        const float along = (bent + axis.step) * at;
-        // Made positive before it is cut to a whole number, which therefore rounds to the nearest.
-        const float raised = (along + axis.start) + (farthestFromOrigin + 0.5F);
-        out[i] = static_cast<std::int32_t>(raised) - static_cast<std::int32_t>(farthestFromOrigin) + axis.origin;
-    }
-}
-
-void followCurve(const CurvedRow& row, int first, int count, std::int32_t* u, std::int32_t* v) {
-    followAxis(row.u, first, count, u);
-    followAxis(row.v, first, count, v);
+std::int32_t positionAlong(const CurvedRow::Axis& axis, int i) {
+    const auto at = static_cast<float>(i);
+    const float bent = axis.bend * at;
+    const float along = (bent + axis.step) * at;
+    // Made positive before it is cut to a whole number, which therefore rounds to the nearest.
+    const float raised = (along + axis.start) + (farthestFromOrigin + 0.5F);
+    return static_cast<std::int32_t>(raised) - static_cast<std::int32_t>(farthestFromOrigin) + axis.origin;
 }
 
 /// Where a footprint's rows begin, and at which phases.
@@ -73,29 +61,24 @@ void filterOnePixel(const Footprint& footprint, std::int32_t u, std::int32_t v, 
     const int phaseV = v & (phases - 1);
     const int firstRow = (v >> phaseBits) - rowTaps / 2 + 1;
     const RowsOfColumns columns = rowsOfColumns(footprint, u, phaseV);
-    // Even and odd pairs of columns are summed apart, as the wide registers do it, so that roundings agree.
-    int sums[2][4] = {};
+    std::int32_t sums[4] = {};
     for (int row = 0; row < rowTaps; ++row) {
         const auto y = static_cast<std::size_t>(std::clamp(firstRow + row, 0, picture.height - 1));
         const std::uint8_t* pixels = picture.pixels + y * picture.stride;
-        int pairs[2][4] = {};
+        int inRow[4] = {};
         for (int tap = 0; tap < columnTaps; ++tap) {
             const auto x = static_cast<std::size_t>(std::clamp(columns.firstColumn[row] + tap, 0, picture.width - 1));
             const int weight = footprint.columns->weight(columns.phase[row], tap);
             for (std::size_t channel = 0; channel < 4; ++channel) {
-                pairs[(tap >> 1) & 1][channel] += (pixels[x * 4 + channel] - 128) * weight;
+                inRow[channel] += (pixels[x * 4 + channel] - 128) * weight;
             }
         }
-        const int rowWeight = footprint.rows->weight(phaseV, row);
         for (int channel = 0; channel < 4; ++channel) {
-            sums[0][channel] += multiplied15(pairs[0][channel], rowWeight);
-            sums[1][channel] += multiplied15(pairs[1][channel], rowWeight);
+            sums[channel] += inRow[channel] * footprint.rows->weight(phaseV, row);
         }
     }
     for (int channel = 0; channel < 4; ++channel) {
-        // Roundings may leave the 16 bits of a sum by a little.
-        const int sum = std::clamp(sums[0][channel] + sums[1][channel], -32768, 32767 - 128);
-        out[channel] = static_cast<std::uint8_t>(((sum + 128) >> 8) + 128);
+        out[channel] = static_cast<std::uint8_t>(static_cast<std::uint32_t>(sums[channel] + sumOfHalf) >> sumBits);
     }
 }
 
@@ -103,6 +86,13 @@ void filterFootprint(const Footprint& footprint, const std::int32_t* u, const st
                      std::uint8_t* out) {
     for (int i = 0; i < count; ++i) {
         filterOnePixel(footprint, u[i], v[i], out + static_cast<std::size_t>(i) * 4);
+    }
+}
+
+void filterAlongCurve(const Footprint& footprint, const CurvedRow& row, int first, int count, std::uint8_t* out) {
+    for (int i = 0; i < count; ++i) {
+        filterOnePixel(footprint, positionAlong(row.u, first + i), positionAlong(row.v, first + i),
+                       out + static_cast<std::size_t>(i) * 4);
     }
 }
 
@@ -203,8 +193,9 @@ void compositeUniform(std::uint8_t* canvas, const std::uint8_t* pixels, std::uin
 } // namespace
 
 const Kernels& scalarKernels() {
-    static constexpr Kernels kernels{"scalar",       projectPositions, followCurve, filterFootprint,  combineRows,
-                                     combineColumns, mixRows,          mixColumns,  compositeCovered, compositeUniform};
+    static constexpr Kernels kernels{"scalar",         projectPositions, filterFootprint, filterAlongCurve,
+                                     combineRows,      combineColumns,   mixRows,         mixColumns,
+                                     compositeCovered, compositeUniform};
     return kernels;
 }
 

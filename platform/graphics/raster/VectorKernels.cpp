@@ -21,9 +21,9 @@ const Kernels& kernelsOfTarget() {
 #else
 
 void projectPositions(const ProjectedRow& row, int left, int count, std::int32_t* u, std::int32_t* v);
-void followCurve(const CurvedRow& row, int first, int count, std::int32_t* u, std::int32_t* v);
 void filterFootprint(const Footprint& footprint, const std::int32_t* u, const std::int32_t* v, int count,
                      std::uint8_t* out);
+void filterAlongCurve(const Footprint& footprint, const CurvedRow& row, int first, int count, std::uint8_t* out);
 void combineRows(const std::uint8_t* const* rows, const std::int16_t* weights, int taps, int count, std::int16_t* out);
 void combineColumns(const std::int16_t* row, const std::int32_t* first, const std::int16_t* weights, int taps,
                     int count, std::uint8_t* out);
@@ -34,8 +34,9 @@ void compositeCovered(std::uint8_t* canvas, const std::uint8_t* pixels, const st
 void compositeUniform(std::uint8_t* canvas, const std::uint8_t* pixels, std::uint8_t coverage, int count);
 
 const Kernels& kernelsOfTarget() {
-    static constexpr Kernels kernels{"vector",       projectPositions, followCurve, filterFootprint,  combineRows,
-                                     combineColumns, mixRows,          mixColumns,  compositeCovered, compositeUniform};
+    static constexpr Kernels kernels{"vector",         projectPositions, filterFootprint, filterAlongCurve,
+                                     combineRows,      combineColumns,   mixRows,         mixColumns,
+                                     compositeCovered, compositeUniform};
     return kernels;
 }
 

@@ -13,7 +13,11 @@ namespace {
 constexpr int shortestSegment = 4;
 // How much w may change over the pixels, and over the rows, that share a footprint.
 constexpr double largestChange = 0.04;
+// The same for long stretches, where the parabola that their positions follow would stray.
+constexpr double largestLongChange = 0.01;
 constexpr int mostRowsTogether = 8;
+// Positions that leave their room to be counted in whole numbers from the picture's edge, in phases.
+constexpr double farthestPlain = 1 << 28;
 // In columns; a phase less than the tables hold, as positions are rounded.
 constexpr double farthestSteady = 0.49;
 // A segment's rows, some hundreds, then lie within 2^31 bytes.
@@ -101,17 +105,25 @@ private:
     /// How many pixels may share a footprint, which grows as w falls: over them w changes by a few hundredths. Blocks
     /// begin at multiples of their lengths, so that a pixel's block does not depend on how much of its row is drawn.
     [[nodiscard]] int lengthAt(double y, int x) const {
-        const double rowW = y * map_.m[5] + map_.m[8];
-        int length = longestSegment;
-        while (length > shortestSegment) {
-            const double middle = x / length * length + length / 2;
-            const double change = std::abs(map_.m[2] / (middle * map_.m[2] + rowW)) * length;
-            if (change < largestChange) {
-                break;
-            }
+        int length = longestBlock;
+        while (length > shortestSegment && !isAlike(x / length * length + length / 2, y, length)) {
             length /= 2;
         }
         return length;
+    }
+
+    /// Whether footprints are alike over so many pixels about x.
+    [[nodiscard]] bool isAlike(double x, double y, int length) const {
+        const auto& m = map_.m;
+        const double w = x * m[2] + y * m[5] + m[8];
+        const double change = std::abs(m[2] / w) * length;
+        if (length <= longestSegment) {
+            return change < largestChange;
+        }
+        // What one step down leads to grows along the row, where w changes from row to row.
+        const double sidewards =
+            std::abs((m[0] * w - (x * m[0] + y * m[3] + m[6]) * m[2]) * m[5] / (w * w * w)) * length;
+        return change < largestLongChange && sidewards < largestLongChange;
     }
 
     /// The block that pixel x of row y lies in, the same for all rows that go together.
@@ -177,13 +189,16 @@ private:
                  SamplerScratch& scratch) const {
         const ProjectedRow row = projectedRow(block, y);
         if (const auto curve = curveAlong(row, block)) {
-            kernels_.followCurve(*curve, left - block.left, right - left, scratch.u.data(), scratch.v.data());
-            kernels_.filterFootprint(block.footprint, scratch.u.data(), scratch.v.data(), right - left, out);
-        } else {
-            Footprint scattered = block.footprint;
-            scattered.isSteady = false;
-            kernels_.projectPositions(row, left, right - left, scratch.u.data(), scratch.v.data());
-            kernels_.filterFootprint(scattered, scratch.u.data(), scratch.v.data(), right - left, out);
+            kernels_.filterAlongCurve(block.footprint, *curve, left - block.left, right - left, out);
+            return;
+        }
+        Footprint scattered = block.footprint;
+        scattered.isSteady = false;
+        for (int x = left; x < right; x += longestSegment) {
+            const int count = std::min(right - x, longestSegment);
+            kernels_.projectPositions(row, x, count, scratch.u.data(), scratch.v.data());
+            kernels_.filterFootprint(scattered, scratch.u.data(), scratch.v.data(), count,
+                                     out + static_cast<std::ptrdiff_t>(x - left) * 4);
         }
     }
 
@@ -207,7 +222,7 @@ private:
     }
 
     /// A parabola through the block's ends and its middle, which errs by less than half a position's unit; nothing
-    /// where w changes too much for that, or where positions would be cut.
+    /// where w changes too much for that, or positions do.
     [[nodiscard]] static std::optional<CurvedRow> curveAlong(const ProjectedRow& row, const FootprintBlock& block) {
         const double half = block.length / 2;
         const double inverseHalf = 1 / half;
@@ -218,10 +233,10 @@ private:
             return std::nullopt;
         }
         const double inverse[3] = {1 / w[0], 1 / w[1], 1 / w[2]};
-        const auto axis = [&](double start, double step, double highest, CurvedRow::Axis& out) {
+        const auto axis = [&](double start, double step, CurvedRow::Axis& out) {
             const double at[3] = {(x * step + start) * inverse[0], ((x + half) * step + start) * inverse[1],
                                   ((x + 2 * half) * step + start) * inverse[2]};
-            const auto isPlain = [&](double p) { return p > lowestPosition && p < highest; };
+            const auto isPlain = [](double p) { return std::abs(p) < farthestPlain; };
             if (!isPlain(at[0]) || !isPlain(at[1]) || !isPlain(at[2]) ||
                 std::abs(at[2] - at[0]) > farthestFromOrigin / 2) {
                 return false;
@@ -234,7 +249,7 @@ private:
             return true;
         };
         CurvedRow curve;
-        if (!axis(row.u0, row.uStep, row.highestU, curve.u) || !axis(row.v0, row.vStep, row.highestV, curve.v)) {
+        if (!axis(row.u0, row.uStep, curve.u) || !axis(row.v0, row.vStep, curve.v)) {
             return std::nullopt;
         }
         return curve;

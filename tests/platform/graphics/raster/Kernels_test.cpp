@@ -290,42 +290,16 @@ TEST_F(KernelsTwins, projectPositions) {
     }
 }
 
-TEST_F(KernelsTwins, followCurve) {
-    std::uniform_real_distribution<float> unit(-1, 1);
-    for (int i = 0; i < 300; ++i) {
-        const auto axis = [&] {
-            return CurvedRow::Axis{upTo(2000000) - 8192, unit(random_), unit(random_) * 1000.0F, unit(random_)};
-        };
-        const CurvedRow row{axis(), axis()};
-        const int count = upTo(longestSegment);
-        const int first = upTo(longestSegment - count);
-        expectSameBytes(std::vector<std::uint8_t>(static_cast<std::size_t>(count) * 8), 0,
-                        [&](const Kernels& kernels, std::uint8_t* out) {
-                            std::vector<std::int32_t> u(longestSegment + 1, 77);
-                            std::vector<std::int32_t> v(longestSegment + 1, 77);
-                            kernels.followCurve(row, first, count, u.data(), v.data());
-                            EXPECT_EQ(u.back(), 77);
-                            EXPECT_EQ(v.back(), 77);
-                            std::memcpy(out, u.data(), static_cast<std::size_t>(count) * 4);
-                            std::memcpy(out + count * 4, v.data(), static_cast<std::size_t>(count) * 4);
-                            for (int k = 0; k < count; ++k) {
-                                const double at = first + k;
-                                const double bent = row.u.start + at * row.u.step + at * at * row.u.bend;
-                                EXPECT_NEAR(u[static_cast<std::size_t>(k)] - row.u.origin, bent, 0.52);
-                            }
-                        });
-    }
-}
-
-TEST_F(KernelsTwins, filterFootprint) {
-    int withSteadyLines = 0;
-    for (int i = 0; i < 400; ++i) {
-        const int width = 1 + upTo(60);
-        const int height = 1 + upTo(40);
-        // The picture ends with its vector, so that a sanitizer sees a read beyond it.
-        const auto pixels = randomPixels(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
+/// A footprint of any kind over a picture of noise.
+class FootprintTwins : public KernelsTwins {
+protected:
+    /// The i-th of them. The picture ends with its memory, so that a sanitizer sees a read beyond it.
+    Footprint randomFootprint(int i, int smallestSide) {
+        const int width = smallestSide + upTo(60);
+        const int height = smallestSide + upTo(40);
+        pixels_ = randomPixels(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
         Footprint footprint;
-        footprint.picture = {pixels.data(), width, height, static_cast<std::size_t>(width) * 4};
+        footprint.picture = {pixels_.data(), width, height, static_cast<std::size_t>(width) * 4};
         const auto boxWidth = [&] { return upTo(100) * (i % 3 == 0 ? 0.07 : 0.02); };
         footprint.rows = &rowTable(boxWidth(), boxWidth());
         footprint.shear = i % 4 == 0 ? 0 : (upTo(400) - 200) * (i % 5 == 0 ? 2500 : 350);
@@ -337,21 +311,77 @@ TEST_F(KernelsTwins, filterFootprint) {
         footprint.columns = &columnTable(boxWidth(), boxWidth(), (i % 7) * 0.08);
         if (footprint.isSteady && footprint.rows->taps == 4 && footprint.columns->taps == 4 && i % 8 != 0) {
             footprint.steadyLines = steadyLines(*footprint.columns, footprint.shear / steadyShear);
-            ++withSteadyLines;
+            ++withSteadyLines_;
         }
+        return footprint;
+    }
+
+    std::vector<std::uint8_t> pixels_;
+    int withSteadyLines_ = 0;
+};
+
+TEST_F(FootprintTwins, filterFootprint) {
+    for (int i = 0; i < 400; ++i) {
+        const Footprint footprint = randomFootprint(i, 1);
         const int count = 1 + upTo(longestSegment - 1);
         std::vector<std::int32_t> u(longestSegment);
         std::vector<std::int32_t> v(longestSegment);
         for (std::size_t k = 0; k < longestSegment; ++k) {
-            u[k] = upTo((width + 8) * phases) - 4 * phases;
-            v[k] = upTo((height + 8) * phases) - 4 * phases;
+            u[k] = upTo((footprint.picture.width + 8) * phases) - 4 * phases;
+            v[k] = upTo((footprint.picture.height + 8) * phases) - 4 * phases;
         }
         expectSameBytes(randomBytes(static_cast<std::size_t>(count) * 4), static_cast<std::size_t>(i % 4),
                         [&](const Kernels& kernels, std::uint8_t* out) {
                             kernels.filterFootprint(footprint, u.data(), v.data(), count, out);
                         });
     }
-    EXPECT_GT(withSteadyLines, 10);
+    EXPECT_GT(withSteadyLines_, 10);
+}
+
+TEST_F(FootprintTwins, filterAlongCurve) {
+    std::uniform_real_distribution<float> unit(-1, 1);
+    for (int i = 0; i < 400; ++i) {
+        const Footprint footprint = randomFootprint(i, 30);
+        // Some curves keep inside, some cross the edges, some leave the picture far behind.
+        const float speed = i % 5 == 0 ? 900.0F : 60.0F;
+        const auto axis = [&](int side) {
+            return CurvedRow::Axis{upTo(side * phases), unit(random_), unit(random_) * speed, unit(random_) * 0.5F};
+        };
+        const CurvedRow row{axis(footprint.picture.width), axis(footprint.picture.height)};
+        const int count = 1 + upTo(longestBlock - 1);
+        const int first = upTo(longestBlock - count);
+        expectSameBytes(randomBytes(static_cast<std::size_t>(count) * 4), static_cast<std::size_t>(i % 4),
+                        [&](const Kernels& kernels, std::uint8_t* out) {
+                            kernels.filterAlongCurve(footprint, row, first, count, out);
+                        });
+    }
+    EXPECT_GT(withSteadyLines_, 5);
+}
+
+TEST_F(FootprintTwins, curvesLeadToTheirNearestPositions) {
+    std::uniform_real_distribution<float> unit(-1, 1);
+    for (int i = 0; i < 60; ++i) {
+        const Footprint footprint = randomFootprint(i, 40);
+        const CurvedRow row{{4000, unit(random_), unit(random_) * 30.0F, unit(random_) * 0.06F},
+                            {5000, unit(random_), unit(random_) * 20.0F, unit(random_) * 0.06F}};
+        const auto positionAt = [](const CurvedRow::Axis& axis, int at) {
+            const double exact =
+                axis.start + at * static_cast<double>(axis.step) + at * at * static_cast<double>(axis.bend);
+            return axis.origin + static_cast<std::int32_t>(std::floor(exact + 0.5));
+        };
+        for (int at = 0; at < longestBlock; ++at) {
+            const std::int32_t u = positionAt(row.u, at);
+            const std::int32_t v = positionAt(row.v, at);
+            std::uint8_t along[4];
+            std::uint8_t there[4];
+            scalarKernels().filterAlongCurve(footprint, row, at, 1, along);
+            scalarKernels().filterFootprint(footprint, &u, &v, 1, there);
+            // Single precision errs by a thirty-second of a unit: now and then the neighbouring position is taken.
+            for (std::size_t channel = 0; channel < 4; ++channel) {
+                ASSERT_NEAR(along[channel], there[channel], 4) << i << ", pixel " << at;
+            }
+        }
+    }
 }
 
 TEST_F(KernelsTwins, footprintsKeepFlatColours) {
