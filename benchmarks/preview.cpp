@@ -1,6 +1,6 @@
 // How long the window's preview takes, in processor time: a marker's drag, and a large photograph as the background.
 //
-//   benchmark_preview [MOCKUP] [--drags N]
+//   benchmark_preview [MOCKUP] [DRAGS]
 //
 // Everything is the window's own, in design mode and without a display: shell, editor, recording and drawing. A drag is
 // what one movement of the mouse costs: the core's answer to it (the interface's thread) and the picture (the worker's,
@@ -176,7 +176,7 @@ int main(int argc, char** argv) {
     std::setvbuf(stdout, nullptr, _IOLBF, 0);
     const QStringList words = QGuiApplication::arguments();
     const QString mockup = words.size() > 1 ? words[1] : QStringLiteral("phone-tilted.png");
-    const int drags = words.size() > 2 ? words[2].toInt() : 100;
+    const int drags = std::max(1, words.size() > 2 ? words[2].toInt() : 100);
     try {
         Session session(mockup);
         std::printf("| %s, dragging a marker | scale | interface | worker | both | 95 of 100 within |\n"

@@ -93,7 +93,7 @@ std::vector<Case> cases() {
         all.push_back(
             {"turned " + std::to_string(degrees), {258, 315}, turnedQuad({210.3, 260.2}, {260, 318}, degrees), 0});
     }
-    for (const double shrink : {1.2, 1.5, 2.0, 2.5, 3.0, 3.5, 4.0}) {
+    for (const double shrink : {1.2, 1.5, 2.0, 2.5, 3.0, 3.5, 4.0, 7.0, 13.0}) {
         const Quad quad{{30, 40}, {330, 50}, {40, 420}, {322, 428}};
         char name[32];
         std::snprintf(name, sizeof name, "shrunk %.1f times", shrink);
