@@ -1,7 +1,5 @@
-// The shapes of filters: a box convolved with a tent, and the cubic; and the phase tables of small weights.
+// The shapes of filters: a box convolved with a tent, and the cubic.
 #pragma once
-
-#include "platform/graphics/raster/Kernels.h"
 
 namespace quillomat::raster {
 
@@ -13,17 +11,5 @@ namespace quillomat::raster {
 
 /// Two boxes and a tent, convolved.
 [[nodiscard]] double boxBoxTent(double t, double width, double otherWidth);
-
-/// The widths of two boxes together that the tables hold.
-constexpr double widestBoxes = 14;
-
-/// The tables of one pair of boxes and a tent. The widths are rounded to 32nds below 6 and to
-/// sixteenths above. Column tables have room for the boxes' and the tent's reach and `slack` more columns on each side,
-/// as far as `mostTaps` allow. Each table is made when it is first asked for and kept; asking is safe from any thread.
-[[nodiscard]] const ColumnTable& columnTable(double boxWidth, double otherWidth, double slack = 0);
-[[nodiscard]] const RowTable& rowTable(double boxWidth, double otherWidth);
-/// The `steadyLines` of a footprint with these columns, four of them, whose rows' phases differ by `step`; kept as
-/// well.
-[[nodiscard]] const std::uint8_t* steadyLines(const ColumnTable& columns, int step);
 
 } // namespace quillomat::raster

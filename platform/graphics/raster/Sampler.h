@@ -4,6 +4,7 @@
 #include "geometry/Homography.h"
 #include "platform/graphics/Recording.h"
 #include "platform/graphics/SparsePicture.h"
+#include "platform/graphics/raster/FilterTables.h"
 #include "platform/graphics/raster/Kernels.h"
 #include "platform/graphics/raster/MixedLines.h"
 #include "platform/graphics/raster/Pyramid.h"
@@ -51,6 +52,7 @@ private:
         FootprintBlock block;
     };
     const void* sampler_;
+    std::unique_ptr<TablesInUse> tables_ = std::make_unique<TablesInUse>(); // what the blocks point to
     int rows_ = -1;
     std::uint32_t found_ = 0;
     std::vector<Kept> blocks_;

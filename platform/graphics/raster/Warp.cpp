@@ -1,4 +1,4 @@
-#include "platform/graphics/raster/Profiles.h"
+#include "platform/graphics/raster/FilterTables.h"
 #include "platform/graphics/raster/Pyramid.h"
 #include "platform/graphics/raster/Sampler.h"
 
