@@ -160,8 +160,8 @@ struct WidthPair {
     [[nodiscard]] double sum() const { return widthOfStep(wide) + widthOfStep(narrow); }
 };
 
-/// Every table there is. They are dropped when they have become many and nobody is drawing: a marker that is dragged for
-/// long asks for ever new ones.
+/// Every table there is. They are dropped when they have become many and nobody is drawing: a marker that is dragged
+/// for long asks for ever new ones.
 class Shelves {
 public:
     [[nodiscard]] static Shelves& instance() {

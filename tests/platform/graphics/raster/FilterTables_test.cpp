@@ -1,8 +1,6 @@
 // Tables of weights: room for every width, and dropped when they are many and nobody reads them.
 #include "platform/graphics/raster/FilterTables.h"
 
-
-
 #include <gtest/gtest.h>
 
 #include <memory>
