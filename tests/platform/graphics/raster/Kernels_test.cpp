@@ -52,7 +52,8 @@ protected:
         int left[2] = {mostOneSign, mostOneSign};
         for (int i = 0; i < count; ++i) {
             const auto sign = static_cast<std::size_t>(upTo(1));
-            const int weight = upTo(3) == 0 ? std::min(left[sign], 127) : upTo(std::min(left[sign], 256 / count));
+            const int weight =
+                upTo(3) == 0 ? std::min(left[sign], 127) : upTo(std::min({left[sign], 256 / count, 127}));
             left[sign] -= weight;
             weights[static_cast<std::size_t>(i)] = static_cast<std::int8_t>(sign == 0 ? weight : -weight);
         }
