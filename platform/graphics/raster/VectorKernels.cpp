@@ -1,5 +1,5 @@
-// The table of the kernels for wide registers, one source for every kind of processor: FootprintKernels.cpp,
-// StretchKernels.cpp and CompositeKernels.cpp.
+// The table of the kernels for wide registers, one source for every kind of processor: PositionKernels.cpp,
+// FootprintKernels.cpp, StretchKernels.cpp and CompositeKernels.cpp.
 #include "platform/graphics/raster/Kernels.h"
 
 #undef HWY_TARGET_INCLUDE
