@@ -2,6 +2,8 @@
 
 #include "platform/graphics/codecs/Deflate.h"
 
+#include <new>
+
 namespace quillomat::codecs {
 
 void BytesSink::begin(std::size_t likelyLength) {
@@ -12,7 +14,11 @@ void BytesSink::begin(std::size_t likelyLength) {
 }
 
 Status BytesSink::append(std::span<const std::byte> bytes) {
-    bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
+    try {
+        bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
+    } catch (const std::bad_alloc&) {
+        return Failure{"not enough memory for the picture"};
+    }
     return {};
 }
 

@@ -18,6 +18,7 @@ public:
 
     /// A document begins, most likely no longer than that; what came before is forgotten.
     virtual void begin(std::size_t likelyLength) = 0;
+    /// Throws nothing: whoever appends has others waiting.
     [[nodiscard]] virtual Status append(std::span<const std::byte> bytes) = 0;
 };
 

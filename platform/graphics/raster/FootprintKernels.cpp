@@ -129,7 +129,7 @@ HWY_INLINE hn::Vec<hn::Repartition<std::int32_t, D8>> blockSums(D8 d8, const Tap
                 return packedWeights(d, taps.columns(k, row) + block * 4);
             });
             const auto weights = blockWeights<std::min(kBlocks, blocksIn<D8>)>(d8, packed);
-            inRow = hn::Add(inRow, multipliedPairs(d16, tapsByChannel(d8, bytes), weights));
+            inRow = hn::Add(inRow, addedProducts(d16, weights, tapsByChannel(d8, bytes)));
         }
         sums.add(inRow, rowWeight<D8>(rows, row % 8));
     };
@@ -167,7 +167,7 @@ HWY_INLINE hn::Vec<hn::Repartition<std::int32_t, D8>> smallSums(D8 d8, const Tap
     const auto addRow = [&](int row, auto weights) ALWAYS_INLINED {
         const auto bytes =
             fromPixels<pixels>(d8, i, [&](auto d, int k) ALWAYS_INLINED { return hn::LoadU(d, taps.pixels(k, row)); });
-        sums.add(multipliedPairs(d16, tapsByChannel(d8, bytes), hn::BitCast(d8, weights)), rowWeight<D8>(rows, row));
+        sums.add(addedProducts(d16, hn::BitCast(d8, weights), tapsByChannel(d8, bytes)), rowWeight<D8>(rows, row));
     };
     addRow(0, hn::Broadcast<0>(columns));
     addRow(1, hn::Broadcast<1>(columns));

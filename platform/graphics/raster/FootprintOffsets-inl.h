@@ -19,36 +19,6 @@ namespace HWY_NAMESPACE { // NOLINT: the library's own name for each kind of pro
 
 #if HWY_TARGET != HWY_SCALAR
 
-/// Of each two neighbouring bytes the sum of their products with two weights: the bytes are signed, the weights are not
-/// and sum to at most 256, so that nothing overflows.
-template <class D16, class V8> HWY_INLINE hn::Vec<D16> multipliedPairs(D16 d16, V8 pixels, V8 weights) {
-#if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
-    (void)d16;
-#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
-    if constexpr (hn::MaxLanes(D16()) == 32) {
-        return hn::Vec<D16>{_mm512_maddubs_epi16(weights.raw, pixels.raw)};
-    } else
-#endif
-        if constexpr (hn::MaxLanes(D16()) == 16) {
-        return hn::Vec<D16>{_mm256_maddubs_epi16(weights.raw, pixels.raw)};
-    } else {
-        return hn::Vec<D16>{_mm_maddubs_epi16(weights.raw, pixels.raw)};
-    }
-#elif HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_SSSE3
-    (void)d16;
-    return hn::Vec<D16>{_mm_maddubs_epi16(weights.raw, pixels.raw)};
-#else
-    // Both bytes of a pair as 16-bit numbers.
-    const hn::RebindToUnsigned<D16> u16;
-    const auto p = hn::BitCast(d16, pixels);
-    const auto w = hn::BitCast(u16, weights);
-    const auto even = hn::Mul(hn::ShiftRight<8>(hn::ShiftLeft<8>(p)),
-                              hn::BitCast(d16, hn::And(w, hn::Set(u16, std::uint16_t{0xFF}))));
-    const auto odd = hn::Mul(hn::ShiftRight<8>(p), hn::BitCast(d16, hn::ShiftRight<8>(w)));
-    return hn::Add(even, odd);
-#endif
-}
-
 using PositionTag = hn::CappedTag<std::int32_t, 16>;
 using PositionVector = hn::Vec<PositionTag>;
 

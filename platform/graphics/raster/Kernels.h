@@ -51,7 +51,7 @@ struct Footprint {
     std::int32_t shear = 0;
     /// All rows begin at one column, that of the footprint's middle, and their phases differ by a whole number each:
     /// then `shear` is a multiple of `steadyShear`, it moves no row by more than `phasesBeyond` from the middle, and
-    /// the rows of a block lie within 2^31 bytes.
+    /// the rows of a segment lie within 2^31 bytes.
     bool isSteady = false;
     /// Of a steady footprint of four rows of four columns, where somebody made them: sixteen bytes for each phase from
     /// -128 up to 383 of its first row, the column weights of all four rows.

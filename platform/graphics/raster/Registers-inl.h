@@ -44,6 +44,36 @@ template <class D16> HWY_INLINE hn::Vec<D16> addedPairs(D16 d16, hn::Vec<D16> a,
                             hn::BitCast(d16, hn::InterleaveUpper(d64, a64, b64)));
 }
 
+/// Of each two neighbouring bytes the sum of their products with two others, which are signed. For sums that fit 16
+/// bits, as those of weights do: what does not fit is cut by some processors and wraps on others.
+template <class D16, class V8> HWY_INLINE hn::Vec<D16> addedProducts(D16 d16, V8 bytes, V8 signedBytes) {
+#if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+    (void)d16;
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+    if constexpr (hn::MaxLanes(D16()) == 32) {
+        return hn::Vec<D16>{_mm512_maddubs_epi16(bytes.raw, signedBytes.raw)};
+    } else
+#endif
+        if constexpr (hn::MaxLanes(D16()) == 16) {
+        return hn::Vec<D16>{_mm256_maddubs_epi16(bytes.raw, signedBytes.raw)};
+    } else {
+        return hn::Vec<D16>{_mm_maddubs_epi16(bytes.raw, signedBytes.raw)};
+    }
+#elif HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_SSSE3
+    (void)d16;
+    return hn::Vec<D16>{_mm_maddubs_epi16(bytes.raw, signedBytes.raw)};
+#else
+    // Both bytes of a pair as 16-bit numbers.
+    const hn::RebindToUnsigned<D16> u16;
+    const auto a = hn::BitCast(u16, bytes);
+    const auto b = hn::BitCast(d16, signedBytes);
+    const auto even = hn::Mul(hn::BitCast(d16, hn::And(a, hn::Set(u16, std::uint16_t{0xFF}))),
+                              hn::ShiftRight<8>(hn::ShiftLeft<8>(b)));
+    const auto odd = hn::Mul(hn::BitCast(d16, hn::ShiftRight<8>(a)), hn::ShiftRight<8>(b));
+    return hn::Add(even, odd);
+#endif
+}
+
 /// Two vectors of numbers cut to bytes, block by block: of each block of 16 bytes first those of `lower`.
 template <class D8, class V16> HWY_INLINE hn::Vec<D8> packedInBlocks(D8 d8, V16 lower, V16 upper) {
 #if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL

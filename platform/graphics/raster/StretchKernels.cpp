@@ -100,34 +100,6 @@ void combineColumns(const std::int16_t* row, const std::int32_t* first, const st
                                    out + static_cast<std::ptrdiff_t>(i) * 4);
 }
 
-/// Of each two neighbouring bytes the sum of their products with two signed weights.
-template <class D16, class V8> HWY_INLINE hn::Vec<D16> mixedPairs(D16 d16, V8 pixels, V8 weights) {
-#if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
-    (void)d16;
-#if HWY_TARGET != HWY_AVX2
-    if constexpr (hn::MaxLanes(D16()) == 32) {
-        return hn::Vec<D16>{_mm512_maddubs_epi16(pixels.raw, weights.raw)};
-    } else
-#endif
-        if constexpr (hn::MaxLanes(D16()) == 16) {
-        return hn::Vec<D16>{_mm256_maddubs_epi16(pixels.raw, weights.raw)};
-    } else {
-        return hn::Vec<D16>{_mm_maddubs_epi16(pixels.raw, weights.raw)};
-    }
-#elif HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_SSSE3
-    (void)d16;
-    return hn::Vec<D16>{_mm_maddubs_epi16(pixels.raw, weights.raw)};
-#else
-    const hn::RebindToUnsigned<D16> u16;
-    const auto p = hn::BitCast(u16, pixels);
-    const auto w = hn::BitCast(d16, weights);
-    const auto even = hn::Mul(hn::BitCast(d16, hn::And(p, hn::Set(u16, std::uint16_t{0xFF}))),
-                              hn::ShiftRight<8>(hn::ShiftLeft<8>(w)));
-    const auto odd = hn::Mul(hn::BitCast(d16, hn::ShiftRight<8>(p)), hn::ShiftRight<8>(w));
-    return hn::Add(even, odd);
-#endif
-}
-
 /// Where each channel's bound lies in a block of four pixels: at their alphas, or, where nothing is cut, at itself.
 template <class D8> HWY_INLINE hn::Vec<D8> boundPlaces(D8 d8, bool isCut) {
     alignas(16) static constexpr std::uint8_t alphas[16] = {3, 3, 3, 3, 7, 7, 7, 7, 11, 11, 11, 11, 15, 15, 15, 15};
@@ -184,8 +156,8 @@ template <int kTogether> HWY_INLINE void mixStretch(const RowPairs& pairs, std::
         for (int k = 0; k < kTogether; ++k) {
             const auto above = hn::LoadU(d8, pairs.rows[pair].above + at + k * wideLanes);
             const auto below = hn::LoadU(d8, pairs.rows[pair].below + at + k * wideLanes);
-            const auto lower = mixedPairs(d16, hn::InterleaveLower(d8, above, below), weights);
-            const auto upper = mixedPairs(d16, hn::InterleaveUpper(d8, above, below), weights);
+            const auto lower = addedProducts(d16, hn::InterleaveLower(d8, above, below), weights);
+            const auto upper = addedProducts(d16, hn::InterleaveUpper(d8, above, below), weights);
             low[k] = pair == 0 ? lower : hn::Add(low[k], lower);
             high[k] = pair == 0 ? upper : hn::Add(high[k], upper);
         }
@@ -226,9 +198,9 @@ HWY_INLINE hn::Vec<hn::Repartition<std::int16_t, D8>> mixedGroup(D8 d8, const st
     alignas(32) static constexpr std::uint8_t pairing[32] = {0, 4, 1, 5, 2, 6, 3, 7, 8, 12, 9, 13, 10, 14, 11, 15,
                                                              0, 4, 1, 5, 2, 6, 3, 7, 8, 12, 9, 13, 10, 14, 11, 15};
     const hn::RebindToSigned<D8> dSigned;
-    return mixedPairs(hn::Repartition<std::int16_t, D8>(),
-                      hn::TableLookupBytes(hn::LoadU(d8, pixels), hn::Load(d8, pairing)),
-                      hn::BitCast(d8, hn::LoadU(dSigned, weights)));
+    return addedProducts(hn::Repartition<std::int16_t, D8>(),
+                         hn::TableLookupBytes(hn::LoadU(d8, pixels), hn::Load(d8, pairing)),
+                         hn::BitCast(d8, hn::LoadU(dSigned, weights)));
 }
 
 /// Where one pixel's taps and weights lie.
