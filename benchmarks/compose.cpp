@@ -44,6 +44,7 @@ void drawLayerAlone(benchmark::State& state, Slant slant, std::size_t layer) {
     const Recording all = recordingOfScene(sceneOf(static_cast<int>(state.range(0)), slant));
     const Recording recording = recordingOf(all.size(), all.draws()[layer]);
     Bitmap canvas(recording.size());
+    rasterizeBands(Rasterizer(recording), canvas, 1); // as above
     for (auto _ : state) {
         const Rasterizer rasterizer(recording);
         rasterizeBands(rasterizer, canvas, 1);
