@@ -255,7 +255,9 @@ void CurlWebClient::Session::setSecurity() {
 
 std::string CurlWebClient::Session::libraryComplaint(CURLcode code) const {
     std::string text = errorText[0] != '\0' ? &errorText[0] : lib::easy_strerror(code);
-    text.front() = static_cast<char>(std::tolower(static_cast<unsigned char>(text.front())));
+    if (text.size() > 1 && std::islower(static_cast<unsigned char>(text[1])) != 0) { // no abbreviation
+        text.front() = static_cast<char>(std::tolower(static_cast<unsigned char>(text.front())));
+    }
     std::replace_if(
         text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
     return text;

@@ -3,6 +3,7 @@
 
 #include "WebServers.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -11,7 +12,8 @@
 namespace quillomat {
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using ::testing::Not;
+using ::testing::StartsWith;
 
 struct Servers {
     testing::TemporaryFolder folder;
@@ -53,15 +55,18 @@ protected:
     }
     /// The document as text, or the reason why there is none in parentheses.
     std::string fetch(const std::string& path) {
-        const auto start = Clock::now();
         const auto bytes = client().dataWithContentsOfUrl(url(path));
-        took = Clock::now() - start;
         return bytes ? std::string(reinterpret_cast<const char*>(bytes->data()), bytes->size())
                      : "(" + client().lastFailure() + ")";
     }
     bool arrives(const std::string& path) {
         const std::string text = fetch(path);
         return text.empty() || text.front() != '(';
+    }
+    /// Whatever gives up then, gives up for that limit's sake, however busy the machine is.
+    void onlyTheConnectLimitCounts() {
+        options.totalLimit = std::chrono::seconds(60);
+        options.patience = std::chrono::seconds(60);
     }
     CurlWebClient& client() {
         if (!client_) {
@@ -78,7 +83,6 @@ protected:
     }
 
     CurlOptions options;
-    Clock::duration took{};
     static Servers* servers;
 
 private:
@@ -139,34 +143,32 @@ TEST_F(FaultsTest, whatIsNoHttpIsNothing) {
 }
 
 TEST_F(FaultsTest, aSilentServerIsGivenUpAfterAMoment) {
+    options.totalLimit = std::chrono::seconds(60);
     for (const char* path : {"/silent", "/silent-after-head"}) {
-        EXPECT_FALSE(arrives(path)) << path;
-        EXPECT_LT(took, std::chrono::seconds(3)) << path;
+        EXPECT_THAT(fetch(path), StartsWith("(operation too slow.")) << path;
     }
 }
 
 TEST_F(FaultsTest, aServerThatDripsIsGivenUpAfterAMoment) {
+    options.totalLimit = std::chrono::seconds(60);
     for (const char* path : {"/slow", "/slow-head"}) {
-        EXPECT_FALSE(arrives(path)) << path;
-        EXPECT_LT(took, std::chrono::seconds(4)) << path;
+        EXPECT_THAT(fetch(path), StartsWith("(operation too slow.")) << path;
     }
 }
 
 TEST_F(FaultsTest, aServerThatNeverSpeaksTlsIsGivenUpWithinTheConnectLimit) {
-    const auto start = Clock::now();
+    onlyTheConnectLimitCounts();
     EXPECT_EQ(
         client().dataWithContentsOfUrl("https://localhost:" + std::to_string(servers->server.mutePort()) + "/good"),
         std::nullopt);
-    const auto elapsed = Clock::now() - start;
-    EXPECT_GT(elapsed, std::chrono::milliseconds(1500));
-    EXPECT_LT(elapsed, std::chrono::seconds(3));
+    EXPECT_EQ(client().lastFailure(), "SSL connection timeout");
 }
 
 TEST_F(FaultsTest, aHostThatDoesNotAnswerIsGivenUpWithinTheConnectLimit) {
     // A network set aside for documentation: packets there get lost or are refused.
-    const auto start = Clock::now();
+    onlyTheConnectLimitCounts();
     EXPECT_EQ(client().dataWithContentsOfUrl("https://192.0.2.1/good"), std::nullopt);
-    EXPECT_LT(Clock::now() - start, std::chrono::seconds(3));
+    EXPECT_THAT(client().lastFailure(), Not(StartsWith("operation ")));
 }
 
 TEST_F(FaultsTest, nobodyListeningIsNothingAtOnce) {
@@ -177,12 +179,10 @@ TEST_F(FaultsTest, nobodyListeningIsNothingAtOnce) {
 
 TEST_F(FaultsTest, aSilentHostCostsAListOfPicturesOneWaitAndNotOneEach) {
     options.holdOff = std::chrono::seconds(60);
-    const auto start = Clock::now();
+    EXPECT_THAT(fetch("/silent"), StartsWith("(operation too slow."));
     for (int i = 0; i < 100; ++i) {
-        EXPECT_FALSE(arrives("/silent"));
+        EXPECT_EQ(fetch("/silent"), "(the host could not be reached a moment ago)");
     }
-    EXPECT_EQ(client().lastFailure(), "the host could not be reached a moment ago");
-    EXPECT_LT(Clock::now() - start, std::chrono::seconds(3));
     // The other name of the same maker is another host.
     EXPECT_NE(client().dataWithContentsOfUrl(url("/good", "www.quillomat.localhost")), std::nullopt)
         << client().lastFailure();
@@ -205,9 +205,10 @@ TEST_F(FaultsTest, aRefusedDocumentDoesNotHoldOffTheNextOne) {
 }
 
 TEST_F(FaultsTest, aSteadyStreamWithoutEndStopsAtTheTotalLimit) {
-    EXPECT_FALSE(arrives("/steady-but-endless"));
-    EXPECT_GT(took, std::chrono::seconds(3));
-    EXPECT_LT(took, std::chrono::seconds(10));
+    // No pause of a busy machine is to pass for a slow server here: only the total limit can end it.
+    options.patience = std::chrono::seconds(60);
+    options.totalLimit = std::chrono::seconds(2);
+    EXPECT_THAT(fetch("/steady-but-endless"), StartsWith("(operation timed out after "));
 }
 
 TEST_F(FaultsTest, aFloodStopsAtTheSizeLimit) {
@@ -217,14 +218,15 @@ TEST_F(FaultsTest, aFloodStopsAtTheSizeLimit) {
 }
 
 TEST_F(FaultsTest, anAnnouncementOfGigabytesIsRefusedBeforeTheyCome) {
-    EXPECT_EQ(fetch("/gigabytes"), "(larger than 4194304 bytes)");
-    EXPECT_LT(took, std::chrono::seconds(1));
+    // The server announces a hundred bytes and sends none of them.
+    options.sizeLimit = 2;
+    EXPECT_EQ(fetch("/silent-after-head"), "(larger than 2 bytes)");
 }
 
 TEST_F(FaultsTest, endlessHeadersAreGivenUp) {
     for (const char* path : {"/endless-head", "/endless-line"}) {
         EXPECT_FALSE(arrives(path)) << path;
-        EXPECT_LT(took, std::chrono::seconds(3)) << path;
+        EXPECT_THAT(client().lastFailure(), Not(StartsWith("operation t"))) << path;
     }
 }
 
