@@ -9,6 +9,8 @@ foreach(library IN ITEMS libpng libjpeg libwebp libwebpdemux libheif libexif lcm
   pkg_check_modules(${library} REQUIRED IMPORTED_TARGET ${library})
 endforeach()
 
+# Of libhwy only the headers are used (platform/graphics/ProcessorTarget.h).
+
 # What few runs need is not linked but opened then (SystemLibrary.h): <library>_FILE is what the loader knows it by.
 foreach(library IN ITEMS libheif libcurl)
   list(GET ${library}_LINK_LIBRARIES 0 file)

@@ -22,7 +22,7 @@ ROOMS = [
     (r"lcms2.*\.h", ["platform/graphics/codecs/", "tests/platform/graphics/", "benchmarks/"]),
     (r"(isa-l|igzip_lib|libdeflate)(/.*|\.h)", ["platform/graphics/codecs/", "tests/platform/graphics/", "benchmarks/"]),
     (r"zlib\.h", ["platform/graphics/codecs/", "platform/network/", "tests/platform/", "benchmarks/"]),
-    (r"hwy/.*", ["platform/graphics/", "tests/platform/graphics/", "tests/support/EveryTarget.h", "benchmarks/"]),
+    (r"hwy/.*", ["platform/graphics/"]),
     (r"opencv2/.*|Magick.*|vips/.*", ["benchmarks/"]),
     (r"gtest/.*|gmock/.*", ["tests/"]),
     (r"benchmark/.*", ["benchmarks/"]),

@@ -2,24 +2,15 @@
 // program is built for one kind alone.
 #pragma once
 
-#ifndef HWY_COMPILE_ONLY_STATIC
-#include <hwy/targets.h>
-#endif
-
-#include <cstdint>
+#include "platform/graphics/ProcessorTarget.h"
 
 namespace quillomat::testing {
 
 template <typename Check> void onEveryTarget(const Check& check) {
-#ifdef HWY_COMPILE_ONLY_STATIC
-    check("the only kind");
-#else
-    for (std::int64_t left = hwy::SupportedTargets(); left != 0; left &= left - 1) {
-        hwy::SetSupportedTargetsForTest(left & -left);
-        check(hwy::TargetName(left & -left));
+    for (std::int64_t left = supportedTargets(); left != 0; left &= left - 1) {
+        const ForcedTarget forced(left & -left);
+        check(targetName(left & -left));
     }
-    hwy::SetSupportedTargetsForTest(0);
-#endif
 }
 
 } // namespace quillomat::testing

@@ -1,5 +1,7 @@
 #include "platform/graphics/codecs/PixelRows.h"
 
+#include "platform/graphics/ProcessorTarget.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -108,10 +110,6 @@ HWY_AFTER_NAMESPACE();
 namespace quillomat::codecs {
 namespace {
 
-HWY_EXPORT(Premultiply);
-HWY_EXPORT(MakeOpaque);
-HWY_EXPORT(AddBytes);
-
 constexpr std::uint8_t overAlpha(unsigned color, unsigned alpha) {
     return static_cast<std::uint8_t>(std::min(255U, (color * 255 + alpha / 2) / alpha));
 }
@@ -135,15 +133,15 @@ void unpremultiplyEach(const std::uint8_t* from, std::uint8_t* to, std::size_t p
 } // namespace
 
 void premultiply(const std::uint8_t* straight, std::uint8_t* premultiplied, std::size_t pixels) {
-    HWY_DYNAMIC_DISPATCH(Premultiply)(straight, premultiplied, pixels);
+    QUILLOMAT_DISPATCH(Premultiply)(straight, premultiplied, pixels);
 }
 
 void makeOpaque(const std::uint8_t* rgbx, std::uint8_t* rgba, std::size_t pixels) {
-    HWY_DYNAMIC_DISPATCH(MakeOpaque)(rgbx, rgba, pixels);
+    QUILLOMAT_DISPATCH(MakeOpaque)(rgbx, rgba, pixels);
 }
 
 void addBytes(const std::uint8_t* bytes, std::uint16_t* sums, std::size_t count) {
-    HWY_DYNAMIC_DISPATCH(AddBytes)(bytes, sums, count);
+    QUILLOMAT_DISPATCH(AddBytes)(bytes, sums, count);
 }
 
 void unpremultiply(const std::uint8_t* premultiplied, std::uint8_t* straight, std::size_t pixels) {

@@ -1,5 +1,7 @@
 #include "platform/graphics/codecs/RowFilters.h"
 
+#include "platform/graphics/ProcessorTarget.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -111,21 +113,17 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace quillomat::codecs {
 
-HWY_EXPORT(Filter);
-HWY_EXPORT(Cost);
-HWY_EXPORT(DropAlpha);
-
 void filterRow(RowFilter filter, const std::uint8_t* row, const std::uint8_t* above, std::size_t length,
                std::size_t pixelBytes, std::uint8_t* out) {
-    HWY_DYNAMIC_DISPATCH(Filter)(filter, row, above, length, pixelBytes, out);
+    QUILLOMAT_DISPATCH(Filter)(filter, row, above, length, pixelBytes, out);
 }
 
 std::uint64_t costOfRow(const std::uint8_t* filtered, std::size_t length) {
-    return HWY_DYNAMIC_DISPATCH(Cost)(filtered, length);
+    return QUILLOMAT_DISPATCH(Cost)(filtered, length);
 }
 
 void dropAlpha(const std::uint8_t* rgba, std::uint8_t* rgb, std::size_t pixels) {
-    HWY_DYNAMIC_DISPATCH(DropAlpha)(rgba, rgb, pixels);
+    QUILLOMAT_DISPATCH(DropAlpha)(rgba, rgb, pixels);
 }
 
 } // namespace quillomat::codecs

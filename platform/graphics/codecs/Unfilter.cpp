@@ -4,6 +4,8 @@
 // result moved by one lane, and those above-left are what was above.
 #include "platform/graphics/codecs/Unfilter.h"
 
+#include "platform/graphics/ProcessorTarget.h"
+
 #include <algorithm>
 #include <cstdlib>
 
@@ -236,10 +238,8 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace quillomat::codecs {
 
-HWY_EXPORT(Unfilter);
-
 void unfilter(const RowGroup& rows, std::size_t width, std::size_t pixelBytes) {
-    HWY_DYNAMIC_DISPATCH(Unfilter)(rows, width, pixelBytes);
+    QUILLOMAT_DISPATCH(Unfilter)(rows, width, pixelBytes);
 }
 
 } // namespace quillomat::codecs

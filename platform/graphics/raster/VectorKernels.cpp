@@ -2,6 +2,8 @@
 // FootprintKernels.cpp, StretchKernels.cpp and CompositeKernels.cpp.
 #include "platform/graphics/raster/Kernels.h"
 
+#include "platform/graphics/ProcessorTarget.h"
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "platform/graphics/raster/VectorKernels.cpp"
 #include <hwy/foreach_target.h>
@@ -49,10 +51,8 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace quillomat::raster {
 
-HWY_EXPORT(kernelsOfTarget);
-
 const Kernels& bestKernels() {
-    return HWY_DYNAMIC_DISPATCH(kernelsOfTarget)();
+    return QUILLOMAT_DISPATCH(kernelsOfTarget)();
 }
 
 } // namespace quillomat::raster
