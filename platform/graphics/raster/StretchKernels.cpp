@@ -286,8 +286,10 @@ void mixEachColumn(const MixedColumns& columns, const std::uint8_t* row, int fro
 
 #if HWY_TARGET == HWY_AVX3_DL
 
-// These processors have the sums of four products, which the library does not ask the compiler for.
-HWY_PUSH_ATTRIBUTES("avx512vnni")
+// These processors have the sums of four products, which the library does not ask the compiler for. Clang would not add
+// that to what is asked for around it, so all of it is asked for anew.
+HWY_POP_ATTRIBUTES
+HWY_PUSH_ATTRIBUTES(HWY_TARGET_STR ",avx512vnni")
 
 /// A permutation: which byte goes to each of a column's.
 template <class From> HWY_INLINE __m512i bytePlaces(int columns, From from) {
@@ -405,6 +407,7 @@ void mixGrouped(const MixedColumns& columns, const std::uint8_t* row, int from, 
 }
 
 HWY_POP_ATTRIBUTES
+HWY_PUSH_ATTRIBUTES(HWY_TARGET_STR)
 
 #endif
 
