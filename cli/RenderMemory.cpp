@@ -31,6 +31,10 @@ constexpr int shrunkWithoutHalving = 6;
 constexpr std::uint64_t rowsAheadBytes = 5 * mebibyte;
 constexpr std::uint64_t rowsOfBandBytes = 3 * mebibyte;
 constexpr std::uint64_t rowsOfSmallestFileBandBytes = 9 * mebibyte;
+// Where its planes are stretched, rows of those under way: as many as a canvas row may take, and those decoded
+// together.
+constexpr std::uint64_t rowsOfPlanes = 48;
+constexpr std::uint64_t bytesPerSampleOfPlanes = 3;
 // A picture that is decoded at half its size, or half of that, keeps twice the drawn pixels.
 constexpr int pixelsLeftByHalving = 2;
 constexpr int smallestPart = 8;
@@ -106,7 +110,11 @@ std::uint64_t keptBytes(const RenderPlan& plan) {
     const std::uint64_t whole = backgroundBytes(*plan.background);
     const std::uint64_t band = plan.smallestFile ? rowsOfSmallestFileBandBytes : rowsOfBandBytes;
     const std::uint64_t rows = rowsAheadBytes + band * threadsOf(plan);
-    return isInRows(*plan.background) ? std::min(whole, rows) : whole;
+    const ImageHeader& header = plan.background->picture.header;
+    const std::uint64_t planes =
+        header.mayBeInPlanes ? static_cast<std::uint64_t>(header.size.width) * rowsOfPlanes * bytesPerSampleOfPlanes
+                             : 0;
+    return isInRows(*plan.background) ? std::min(whole, rows) + planes : whole;
 }
 
 bool hidesCanvas(const RenderPlan& plan) {

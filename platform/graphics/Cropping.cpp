@@ -1,6 +1,7 @@
 #include "platform/graphics/Cropping.h"
 
 #include "platform/graphics/BitmapContext.h"
+#include "platform/graphics/PlanarPicture.h"
 #include "platform/graphics/RowReader.h"
 
 #include <algorithm>
@@ -39,11 +40,24 @@ public:
 
     [[nodiscard]] std::unique_ptr<RowReader> rowsOfAtLeast(const PixelRect& part, PixelSize minimum) const override {
         const std::scoped_lock lock(mutex_);
-        const PixelRect inWhole{part_.x + part.x, part_.y + part.y, part.width, part.height};
-        return pixels_.expired() ? whole_->rowsOfAtLeast(inWhole, minimum) : nullptr;
+        return pixels_.expired() ? whole_->rowsOfAtLeast(inWhole(part), minimum) : nullptr;
+    }
+
+    [[nodiscard]] bool mayBeInPlanes() const override { return whole_->mayBeInPlanes(); }
+    [[nodiscard]] std::unique_ptr<PlaneReader> planesOfAtLeast(const PixelRect& part,
+                                                               PixelSize minimum) const override {
+        return whole_->planesOfAtLeast(inWhole(part), minimum);
+    }
+    [[nodiscard]] std::shared_ptr<const PlanarPicture> planarPartOfAtLeast(const PixelRect& part,
+                                                                           PixelSize minimum) const override {
+        return whole_->planarPartOfAtLeast(inWhole(part), minimum);
     }
 
 private:
+    [[nodiscard]] PixelRect inWhole(const PixelRect& part) const {
+        return {part_.x + part.x, part_.y + part.y, part.width, part.height};
+    }
+
     std::shared_ptr<const ImageSource> whole_;
     PixelRect part_;
     mutable std::mutex mutex_;

@@ -1,6 +1,7 @@
 #include "platform/graphics/DrawnPictures.h"
 
 #include "platform/graphics/RowReader.h"
+#include "platform/graphics/raster/PlanarStretch.h"
 #include "platform/graphics/raster/Sampler.h"
 
 #include <algorithm>
@@ -21,19 +22,24 @@ namespace {
 class DecodedSource final : public ImageSource {
 public:
     DecodedSource(std::shared_ptr<const ImageSource> origin, SharedBitmap bitmap,
-                  std::shared_ptr<const SparsePicture> sparse)
-        : origin_(std::move(origin)), bitmap_(std::move(bitmap)), sparse_(std::move(sparse)) {}
+                  std::shared_ptr<const SparsePicture> sparse, std::shared_ptr<const PlanarPicture> planes)
+        : origin_(std::move(origin))
+        , bitmap_(std::move(bitmap))
+        , sparse_(std::move(sparse))
+        , planes_(std::move(planes)) {}
 
     [[nodiscard]] PixelSize pixelSize() const override { return bitmap_ ? bitmap_->size() : origin_->pixelSize(); }
     [[nodiscard]] bool isKnownOpaque() const override { return origin_->isKnownOpaque(); }
     [[nodiscard]] SharedBitmap bitmap() const override { return bitmap_; }
     [[nodiscard]] std::shared_ptr<const SparsePicture> sparsePixels() const override { return sparse_; }
+    [[nodiscard]] std::shared_ptr<const PlanarPicture> planes() const override { return planes_; }
     [[nodiscard]] std::string failure() const override { return origin_->failure(); }
 
 private:
     std::shared_ptr<const ImageSource> origin_;
     SharedBitmap bitmap_;
     std::shared_ptr<const SparsePicture> sparse_;
+    std::shared_ptr<const PlanarPicture> planes_;
 };
 
 /// So many more pixels than are drawn must remain, each way, for a reduction to leave no trace.
@@ -54,25 +60,46 @@ PixelSize pixelsNeeded(const LayerDraw& draw) {
             needed(std::hypot(m[3], m[4]) * std::abs(draw.pictureRect.size.height), whole.height)};
 }
 
+/// A picture and all draws that want it in one form.
 struct Wanted {
-    const LayerDraw* draw = nullptr; // the first of them
+    std::vector<const LayerDraw*> draws;
     PixelSize size;
     bool isUnscaled = false; // wherever it is drawn
+    bool mayBePlanar = false;
     bool mayStream = false;
-    SharedBitmap bitmap;
-    std::shared_ptr<const SparsePicture> sparse;
-    std::shared_ptr<raster::StreamedPicture> stream;
+    SharedBitmap bitmap = nullptr;
+    std::shared_ptr<const SparsePicture> sparse = nullptr;
+    std::shared_ptr<const PlanarPicture> planes = nullptr;
+    std::shared_ptr<raster::StreamedPicture> stream = nullptr;
 
-    [[nodiscard]] const std::shared_ptr<const ImageSource>& source() const { return draw->picture.source(); }
+    [[nodiscard]] const std::shared_ptr<const ImageSource>& source() const { return draws.front()->picture.source(); }
 
     void decode(PixelSize canvas) {
         sparse = isUnscaled ? source()->sparsePixels() : nullptr;
-        if (!sparse && mayStream) {
-            const PixelSize whole = source()->pixelSize();
-            stream = raster::StreamedPicture::make(source()->rowsOfAtLeast({0, 0, whole.width, whole.height}, size),
-                                                   *draw, canvas, raster::bestKernels());
+        if (!sparse && mayBePlanar) {
+            findPlanes(canvas);
         }
-        bitmap = sparse || stream ? nullptr : source()->bitmapOfAtLeast(size);
+        if (!sparse && !planes && !stream && mayStream) {
+            stream = raster::StreamedPicture::make(source()->rowsOfAtLeast(whole(), size), *draws.front(), canvas,
+                                                   raster::bestKernels());
+        }
+        bitmap = sparse || planes || stream ? nullptr : source()->bitmapOfAtLeast(size);
+    }
+
+private:
+    [[nodiscard]] PixelRect whole() const { return {0, 0, source()->pixelSize().width, source()->pixelSize().height}; }
+
+    void findPlanes(PixelSize canvas) {
+        auto reader = source()->planesOfAtLeast(whole(), size);
+        const bool isWanted = reader && std::all_of(draws.begin(), draws.end(), [&](const LayerDraw* draw) {
+                                  const PixelRect& part = reader->layout().part;
+                                  return raster::isStretchedFromPlanes(*draw, {part.width, part.height}, canvas);
+                              });
+        if (isWanted && mayStream) {
+            stream = raster::StreamedPicture::make(std::move(reader), *draws.front(), canvas, raster::bestKernels());
+        } else if (isWanted) {
+            planes = source()->planarPartOfAtLeast(whole(), size);
+        }
     }
 };
 
@@ -82,10 +109,12 @@ std::uint64_t workOf(const ImageSource& source) {
     return source.recording() != nullptr ? std::numeric_limits<std::uint64_t>::max() : source.encodedLength();
 }
 
-/// Every picture that has no pixels yet, once, and which it is by its source.
+/// Every picture that has no pixels yet, once, and which it is by its source; twice, where some draws want its planes
+/// and others cannot use them.
 struct WantedPictures {
+    using Key = std::pair<const ImageSource*, bool>;
     std::vector<Wanted> pictures;
-    std::map<const ImageSource*, std::size_t> places;
+    std::map<Key, std::size_t> places;
 
     WantedPictures(const Recording& recording, bool mayStream) {
         for (const LayerDraw& draw : recording.draws()) {
@@ -95,16 +124,27 @@ struct WantedPictures {
         }
     }
 
+    [[nodiscard]] static Key keyOf(const LayerDraw& draw) {
+        const ImageSource* source = draw.picture.source().get();
+        return {source, source != nullptr && source->mayBeInPlanes() && raster::mayBeStretchedFromPlanes(draw)};
+    }
+
 private:
     void add(const LayerDraw& draw, bool mayStream) {
         const PixelSize size = pixelsNeeded(draw);
         const bool isUnscaled = raster::liesOnPixels(draw, draw.picture.pixelSize());
-        const auto [place, isNew] = places.try_emplace(draw.picture.source().get(), pictures.size());
+        const Key key = keyOf(draw);
+        const auto [place, isNew] = places.try_emplace(key, pictures.size());
         if (isNew) {
-            pictures.push_back({&draw, size, isUnscaled, mayStream, nullptr, nullptr, nullptr});
+            pictures.push_back({.draws = {&draw},
+                                .size = size,
+                                .isUnscaled = isUnscaled,
+                                .mayBePlanar = key.second,
+                                .mayStream = mayStream});
             return;
         }
         Wanted& known = pictures[place->second];
+        known.draws.push_back(&draw);
         known.isUnscaled = known.isUnscaled && isUnscaled;
         known.mayStream = false; // its rows would be wanted twice
         known.size = {std::max(known.size.width, size.width), std::max(known.size.height, size.height)};
@@ -153,10 +193,10 @@ StreamedRecording decoded(const Recording& recording, int threads, bool mayStrea
     StreamedRecording result{Recording(recording.size()), {}};
     for (LayerDraw draw : recording.draws()) {
         result.streams.emplace_back();
-        if (const auto place = wanted.places.find(draw.picture.source().get()); place != wanted.places.end()) {
+        if (const auto place = wanted.places.find(WantedPictures::keyOf(draw)); place != wanted.places.end()) {
             const Wanted& picture = wanted.pictures[place->second];
-            draw.picture =
-                Image(std::make_shared<const DecodedSource>(picture.source(), picture.bitmap, picture.sparse));
+            draw.picture = Image(std::make_shared<const DecodedSource>(picture.source(), picture.bitmap, picture.sparse,
+                                                                       picture.planes));
             result.streams.back() = picture.stream;
         }
         result.recording.add(std::move(draw));

@@ -1,5 +1,6 @@
 #include "platform/graphics/Image.h"
 
+#include "platform/graphics/PlanarPicture.h"
 #include "platform/graphics/RowReader.h"
 
 #include <atomic>
@@ -42,6 +43,15 @@ SharedBitmap ImageSource::partOfAtLeast(const PixelRect& part, PixelSize /*minim
 }
 
 std::unique_ptr<RowReader> ImageSource::rowsOfAtLeast(const PixelRect& /*part*/, PixelSize /*minimum*/) const {
+    return nullptr;
+}
+
+std::unique_ptr<PlaneReader> ImageSource::planesOfAtLeast(const PixelRect& /*part*/, PixelSize /*minimum*/) const {
+    return nullptr;
+}
+
+std::shared_ptr<const PlanarPicture> ImageSource::planarPartOfAtLeast(const PixelRect& /*part*/,
+                                                                      PixelSize /*minimum*/) const {
     return nullptr;
 }
 

@@ -11,6 +11,8 @@
 
 namespace quillomat {
 
+class PlanarPicture;
+class PlaneReader;
 class Recording;
 class RowReader;
 class SparsePicture;
@@ -47,6 +49,16 @@ public:
     /// The rows of what `partOfAtLeast` would give, decoded as they are read, where the format can be decoded so and
     /// the pixels are not there already; null otherwise. What goes wrong is for `partOfAtLeast` to report.
     [[nodiscard]] virtual std::unique_ptr<RowReader> rowsOfAtLeast(const PixelRect& part, PixelSize minimum) const;
+    /// Whether the format stores planes that can be had.
+    [[nodiscard]] virtual bool mayBeInPlanes() const { return false; }
+    /// The planes of what `partOfAtLeast` would give, decoded as they are read, where they can be had; null otherwise.
+    /// They do not depend on what is there already. What goes wrong is for `partOfAtLeast` to report.
+    [[nodiscard]] virtual std::unique_ptr<PlaneReader> planesOfAtLeast(const PixelRect& part, PixelSize minimum) const;
+    /// The same decoded, and kept while somebody holds them.
+    [[nodiscard]] virtual std::shared_ptr<const PlanarPicture> planarPartOfAtLeast(const PixelRect& part,
+                                                                                   PixelSize minimum) const;
+    /// The planes, for sources whose pixels are there as such.
+    [[nodiscard]] virtual std::shared_ptr<const PlanarPicture> planes() const { return nullptr; }
     /// Why `bitmap()` gave null; empty when it has not failed so far.
     [[nodiscard]] virtual std::string failure() const { return {}; }
     /// Which encoded document is behind it, known without reading it; empty for sources that are none.

@@ -39,6 +39,8 @@ struct ImageHeader {
     /// Whether rows of a part can be had one after another, so that they need not be there together.
     bool mayBeInRows = false;
     DecodingBytes decoding;
+    /// Whether its planes can be had, unless its colours are to be converted.
+    bool mayBeInPlanes = false;
 };
 
 /// Reads the header only. Fails for what is no picture of a known format, is broken, or is over the limits.

@@ -6,7 +6,8 @@
 //  2. `withDecodedPictures` (DrawnPictures.h) decodes what is drawn, reduced where that leaves no trace; an overlay
 //  that
 //     lies on the canvas's pixels is read into runs (`SparsePicture`). Where each row is drawn but once, a background
-//     is decoded as its rows are drawn (`raster/StreamedPicture.h`).
+//     is decoded as its rows are drawn (`raster/StreamedPicture.h`). A photograph that is drawn much smaller is left in
+//     its planes (`PlanarPicture`).
 //  3. `visibleOutline` (raster/ConvexPolygon.h) flattens the layer's rounded rectangle in its own units, projects it,
 //     and cuts it to positive w and to the canvas: what remains is convex. `intersection` cuts it to the clips.
 //  4. `Coverage` (raster/Coverage.h) holds that one outline's exact area per pixel, row by row, times the opacity.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/graphics/ImageFile.h"
+#include "platform/graphics/PlanarPicture.h"
 #include "platform/graphics/RowReader.h"
 #include "platform/graphics/SparsePicture.h"
 
@@ -30,6 +31,9 @@ struct Codec {
     /// The rows of what `decodePart` would give; null for any reason not to.
     std::unique_ptr<RowReader> (*readRows)(SharedDocument document, const PixelRect& part, PixelSize minimum,
                                            const ImageLimits& limits) = nullptr;
+    /// The planes of the same; null for any reason not to.
+    std::unique_ptr<PlaneReader> (*readPlanes)(SharedDocument document, const PixelRect& part, PixelSize minimum,
+                                               const ImageLimits& limits) = nullptr;
 };
 
 extern const Codec pngCodec;

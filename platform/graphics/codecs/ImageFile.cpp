@@ -97,6 +97,19 @@ std::unique_ptr<RowReader> readRows(SharedDocument document, const PixelRect& pa
     }
 }
 
+std::unique_ptr<PlaneReader> readPlanes(SharedDocument document, const PixelRect& part, PixelSize minimum,
+                                        const ImageLimits& limits) {
+    const Codec* codec = codecFor(*document);
+    if (codec == nullptr || codec->readPlanes == nullptr) {
+        return nullptr;
+    }
+    try {
+        return codec->readPlanes(std::move(document), part, minimum, limits);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
 /// Where a document is to be had.
 class Shelf {
 public:
@@ -234,6 +247,36 @@ public:
         return document ? readRows(std::move(document).value(), part, atLeastOne(minimum), limits_) : nullptr;
     }
 
+    [[nodiscard]] bool mayBeInPlanes() const override { return header_.mayBeInPlanes; }
+
+    [[nodiscard]] std::unique_ptr<PlaneReader> planesOfAtLeast(const PixelRect& part,
+                                                               PixelSize minimum) const override {
+        const std::lock_guard lock(mutex_);
+        return newPlanes(part, minimum);
+    }
+
+    [[nodiscard]] std::shared_ptr<const PlanarPicture> planarPartOfAtLeast(const PixelRect& part,
+                                                                           PixelSize minimum) const override {
+        const std::lock_guard lock(mutex_);
+        const auto reader = newPlanes(part, minimum);
+        if (!reader) {
+            return nullptr;
+        }
+        auto planes = planes_.lock();
+        if (!planes || planesLayout_ != reader->layout()) {
+            trace::Span span("decode picture");
+            noteSize(span);
+            try {
+                planes = planarPictureOf(*reader);
+            } catch (const std::bad_alloc&) {
+                return nullptr;
+            }
+            planes_ = planes;
+            planesLayout_ = reader->layout();
+        }
+        return planes;
+    }
+
     /// What goes wrong here is for `bitmap` to report.
     [[nodiscard]] std::shared_ptr<const SparsePicture> sparsePixels() const override {
         const std::lock_guard lock(mutex_);
@@ -259,6 +302,14 @@ public:
 private:
     [[nodiscard]] static PixelSize atLeastOne(PixelSize size) {
         return {std::max(size.width, 1), std::max(size.height, 1)};
+    }
+
+    [[nodiscard]] std::unique_ptr<PlaneReader> newPlanes(const PixelRect& part, PixelSize minimum) const {
+        if (!header_.mayBeInPlanes || isDamaged_) {
+            return nullptr;
+        }
+        Result<SharedDocument> document = shelf_->take();
+        return document ? readPlanes(std::move(document).value(), part, atLeastOne(minimum), limits_) : nullptr;
     }
 
     void noteSize(trace::Span& span) const {
@@ -290,6 +341,8 @@ private:
     mutable std::weak_ptr<const Bitmap> whole_;
     mutable std::weak_ptr<const Bitmap> reduced_;
     mutable std::weak_ptr<const SparsePicture> sparse_;
+    mutable std::weak_ptr<const PlanarPicture> planes_;
+    mutable PlanarLayout planesLayout_; // as they were decoded
     mutable bool isDamaged_ = false;
     mutable std::string failure_;
 };

@@ -126,6 +126,59 @@ struct MixedColumns {
     int steps = 0;
 };
 
+/// Sixteen neighbouring columns of a plane that wide registers mix together, four taps of each at once. Those four lie
+/// in a window of 64 samples, `offsets` on from its first one, which is sample `base` and moves on by four with each
+/// step.
+struct PlaneGroup {
+    std::int32_t base = 0;
+    std::uint8_t offsets[16] = {};
+};
+constexpr int planeGroupColumns = 16;
+constexpr int planeGroupTaps = 4; // that are taken at once
+constexpr int planeWindow = 64;
+constexpr int planeTapsTogether = 16;
+
+/// Which samples of a row each column of a plane takes, and their weights, of the sum `mixedWhole`.
+struct PlaneColumns {
+    int taps = planeTapsTogether; // a multiple of that
+    const std::int32_t* first = nullptr;
+    const std::int8_t* weights = nullptr;
+    /// The same once more for groups of columns from the first one on, where windows hold their samples. Of each group,
+    /// step by step, its columns' weights.
+    const PlaneGroup* groups = nullptr;
+    const std::int8_t* groupWeights = nullptr;
+    int steps = 0;
+};
+
+/// Rows of a plane that are mixed, and those that will be mixed next: asked for meanwhile, as they come from memory
+/// more slowly than they are mixed.
+struct PlaneRows {
+    const std::uint8_t* const* rows = nullptr;
+    const std::int8_t* weights = nullptr;
+    int taps = 0;
+    const std::uint8_t* const* next = nullptr;
+    int nextCount = 0;
+};
+
+/// A row of each plane: Y, Cb and Cr.
+struct PlanarRow {
+    const std::uint8_t* luma = nullptr;
+    const std::uint8_t* blueChroma = nullptr;
+    const std::uint8_t* redChroma = nullptr;
+};
+
+/// From sums of weights' products, chroma's less that of 128, to colours times 2^20: JFIF's 1, 1.402, -0.344136,
+/// -0.714136 and 1.772, each times 2^20 / mixedWhole.
+namespace planar {
+constexpr int colorBits = 20;
+constexpr std::int16_t luma = 9362;
+constexpr std::int16_t redOfRed = 13126;
+constexpr std::int16_t greenOfBlue = -3222;
+constexpr std::int16_t greenOfRed = -6686;
+constexpr std::int16_t blueOfBlue = 16590;
+constexpr std::int16_t noChroma = 128 * mixedWhole;
+} // namespace planar
+
 struct Kernels {
     const char* name;
 
@@ -152,6 +205,12 @@ struct Kernels {
     /// `count` columns from `from` on; where rows are mixed afterwards, colours may wait until then to be cut.
     void (*mixColumns)(const MixedColumns& columns, const std::uint8_t* row, int from, int count, bool isCut,
                        std::uint8_t* out);
+    /// The same for rows and columns of planes. Rows of `count` samples, a multiple of 64, that begin at whole
+    /// registers.
+    void (*mixPlaneRows)(const PlaneRows& rows, int count, std::uint8_t* out);
+    /// `count` columns from `from` on of all three planes, as opaque colours.
+    void (*mixPlaneColumns)(const PlaneColumns& luma, const PlaneColumns& chroma, const PlanarRow& row, int from,
+                            int count, std::uint8_t* out);
     /// Draws `count` pixels over `canvas`, each at its coverage.
     void (*compositeCovered)(std::uint8_t* canvas, const std::uint8_t* pixels, const std::uint8_t* coverage, int count);
     /// The same at one coverage.

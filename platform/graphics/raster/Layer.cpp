@@ -1,5 +1,7 @@
 #include "platform/graphics/raster/Layer.h"
 
+#include "platform/graphics/raster/PlanarStretch.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -120,6 +122,8 @@ void Layer::makePicture(const LayerDraw& draw, const Polygon& outline, PixelSize
         sampler_ = stream->makeSampler(sampled_);
     } else if (runs) {
         sampler_ = makeSparseSampler(std::move(runs), draw);
+    } else if (auto planes = source.planes()) {
+        sampler_ = std::make_unique<PlanarSampler>(planes, draw, sampled_, *kernels_);
     } else {
         sampler_ = makeSampler(source.bitmap(), draw, sampled_, *kernels_, pyramids);
     }

@@ -5,27 +5,6 @@
 
 namespace quillomat::raster {
 
-namespace {
-
-/// The taps [from, to) of a column that weigh anything.
-struct UsedTaps {
-    int from = 0;
-    int to = 0;
-
-    UsedTaps(const AxisTable<std::int8_t>& axis, std::size_t column) : to(axis.taps) {
-        const std::int8_t* weights = axis.weights.data() + column * static_cast<std::size_t>(axis.taps);
-        while (to > 1 && weights[to - 1] == 0) {
-            --to;
-        }
-        while (from + 1 < to && weights[from] == 0) {
-            ++from;
-        }
-    }
-    [[nodiscard]] int count() const { return to - from; }
-};
-
-} // namespace
-
 MixTable::MixTable(AxisTable<std::int8_t> axis, int samples)
     : axis_(std::move(axis)), room_(std::max(samples, axis_.taps)) {
     repeatPairs();

@@ -64,6 +64,7 @@ struct SamplerScratch {
     std::vector<const std::uint8_t*> rows;
     std::vector<std::int16_t> weights;
     std::vector<std::uint8_t> widened;
+    std::vector<std::uint8_t> mixedPlanes;
     std::vector<std::int8_t> mixWeights;
     std::vector<MixedLines> lines; // of each sampler that has asked
     // Positions of a segment; wide registers are slow to pass what crosses a line of the cache.

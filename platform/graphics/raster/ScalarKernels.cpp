@@ -169,6 +169,44 @@ void mixColumns(const MixedColumns& columns, const std::uint8_t* row, int from, 
     }
 }
 
+void mixPlaneRows(const PlaneRows& rows, int count, std::uint8_t* out) {
+    for (int i = 0; i < count; ++i) {
+        int sum = 0;
+        for (int tap = 0; tap < rows.taps; ++tap) {
+            sum += rows.rows[tap][i] * rows.weights[tap];
+        }
+        out[i] = meanOf(sum);
+    }
+}
+
+/// One column of a plane, as the sum of its weights' products.
+int sumOfColumn(const PlaneColumns& columns, const std::uint8_t* row, int column) {
+    const std::uint8_t* samples = row + columns.first[column];
+    const std::int8_t* weights = columns.weights + static_cast<std::ptrdiff_t>(column) * columns.taps;
+    int sum = 0;
+    for (int tap = 0; tap < columns.taps; ++tap) {
+        sum += samples[tap] * weights[tap];
+    }
+    return sum;
+}
+
+std::uint8_t colorOf(int sum) {
+    return static_cast<std::uint8_t>(std::clamp((sum + (1 << (planar::colorBits - 1))) >> planar::colorBits, 0, 255));
+}
+
+void mixPlaneColumns(const PlaneColumns& luma, const PlaneColumns& chroma, const PlanarRow& row, int from, int count,
+                     std::uint8_t* out) {
+    for (int i = from; i < from + count; ++i, out += 4) {
+        const int gray = sumOfColumn(luma, row.luma, i) * planar::luma;
+        const int blue = sumOfColumn(chroma, row.blueChroma, i) - planar::noChroma;
+        const int red = sumOfColumn(chroma, row.redChroma, i) - planar::noChroma;
+        out[0] = colorOf(gray + red * planar::redOfRed);
+        out[1] = colorOf(gray + blue * planar::greenOfBlue + red * planar::greenOfRed);
+        out[2] = colorOf(gray + blue * planar::blueOfBlue);
+        out[3] = 255;
+    }
+}
+
 /// pixels x coverage + canvas x (1 - alpha x coverage), with one rounding; colours above their alpha saturate.
 void compositePixel(std::uint8_t* canvas, const std::uint8_t* pixel, std::uint32_t coverage) {
     const std::uint32_t rest = 255 - dividedBy255(pixel[3] * coverage);
@@ -193,9 +231,9 @@ void compositeUniform(std::uint8_t* canvas, const std::uint8_t* pixels, std::uin
 } // namespace
 
 const Kernels& scalarKernels() {
-    static constexpr Kernels kernels{"scalar",         projectPositions, filterFootprint, filterAlongCurve,
-                                     combineRows,      combineColumns,   mixRows,         mixColumns,
-                                     compositeCovered, compositeUniform};
+    static constexpr Kernels kernels{"scalar",     projectPositions, filterFootprint,  filterAlongCurve,
+                                     combineRows,  combineColumns,   mixRows,          mixColumns,
+                                     mixPlaneRows, mixPlaneColumns,  compositeCovered, compositeUniform};
     return kernels;
 }
 

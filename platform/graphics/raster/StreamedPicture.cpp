@@ -1,6 +1,7 @@
 #include "platform/graphics/raster/StreamedPicture.h"
 
 #include "platform/foundation/Trace.h"
+#include "platform/graphics/raster/PlanarStretch.h"
 #include "platform/graphics/raster/StretchAxis.h"
 
 #include <algorithm>
@@ -24,6 +25,126 @@ constexpr std::size_t rowPadding = 256;
 std::uint64_t bytesOf(PixelSize size) {
     return size.area() * 4;
 }
+
+RowWindow rowsOf(PixelSize size) {
+    return {size.height, static_cast<std::size_t>(size.width) * 4};
+}
+
+std::vector<RowRange> copiedRows(const AxisMap& map, PixelSize picture, PixelSize canvas) {
+    std::vector<RowRange> ranges;
+    ranges.reserve(static_cast<std::size_t>(canvas.height));
+    const int shift = static_cast<int>(std::lround(map.originY));
+    for (int y = 0; y < canvas.height; ++y) {
+        const int row = std::clamp(y - shift, 0, picture.height - 1);
+        ranges.push_back({row, row + 1});
+    }
+    return ranges;
+}
+
+std::vector<RowRange> stretchedRows(const AxisMap& map, PixelSize picture, PixelSize canvas) {
+    std::vector<RowRange> ranges;
+    ranges.reserve(static_cast<std::size_t>(canvas.height));
+    const auto rows = StretchAxis(map.originY, map.scaleY, PictureFilter::smooth)
+                          .table<std::int8_t>(0, canvas.height, picture.height, mixedRowForm);
+    for (const int first : rows.first) {
+        ranges.push_back({first, std::min(first + rows.taps, picture.height)});
+    }
+    return ranges;
+}
+
+SampledArea wholeOf(PixelSize canvas) {
+    return {0, 0, canvas.width, canvas.height};
+}
+
+/// The picture's rows as they are.
+class RowsAsRead final : public RowMaker {
+public:
+    explicit RowsAsRead(std::unique_ptr<RowReader> reader) : reader_(std::move(reader)) {}
+
+    [[nodiscard]] bool make(int /*row*/, std::uint8_t* out) override { return reader_->read(out); }
+    [[nodiscard]] bool finish() override { return reader_->finish(); }
+
+private:
+    std::unique_ptr<RowReader> reader_;
+};
+
+/// The canvas's rows, stretched out of a few of the picture's.
+class StretchedRows final : public RowMaker {
+public:
+    StretchedRows(std::unique_ptr<RowReader> reader, const std::vector<RowRange>& taken, const AxisMap& map,
+                  PixelSize canvas, const Kernels& kernels)
+        : reader_(std::move(reader))
+        , taken_(taken)
+        , width_(canvas.width)
+        , window_(rowsOf(reader_->size()))
+        , stretch_(makeMixSampler(PictureRows(reader_->size(), window_.each()), map, wholeOf(canvas), kernels)) {}
+
+    [[nodiscard]] bool make(int row, std::uint8_t* out) override {
+        try {
+            const RowRange rows = taken_[static_cast<std::size_t>(row)];
+            window_.dropBefore(rows.begin);
+            while (window_.end() < rows.end) {
+                if (!reader_->read(window_.append())) {
+                    return false;
+                }
+            }
+            stretch_->row(row, 0, width_, out, scratch_);
+            return true;
+        } catch (const std::bad_alloc&) {
+            return false; // the whole picture says so, too
+        }
+    }
+    [[nodiscard]] bool finish() override { return reader_->finish(); }
+
+private:
+    std::unique_ptr<RowReader> reader_;
+    const std::vector<RowRange>& taken_;
+    int width_;
+    RowWindow window_;
+    std::unique_ptr<Sampler> stretch_;
+    SamplerScratch scratch_;
+};
+
+/// The same out of a few rows of its planes.
+class RowsFromPlanes final : public RowMaker {
+public:
+    RowsFromPlanes(std::unique_ptr<PlaneReader> reader, const LayerDraw& draw, PixelSize canvas, const Kernels& kernels)
+        : reader_(std::move(reader))
+        , width_(canvas.width)
+        , window_(std::make_shared<PlanarPicture>(reader_->layout()))
+        , stretch_(window_, draw, wholeOf(canvas), kernels) {}
+
+    [[nodiscard]] bool make(int row, std::uint8_t* out) override {
+        try {
+            const PlanarSampler::LumaRows rows = stretch_.lumaRows(row);
+            window_->dropBefore(rows.begin);
+            while (window_->end() < rows.end) {
+                if (!window_->append(*reader_)) {
+                    return false;
+                }
+                window_->dropBefore(rows.begin);
+            }
+            stretch_.row(row, 0, width_, out, scratch_);
+            return true;
+        } catch (const std::bad_alloc&) {
+            return false; // the whole picture says so, too
+        }
+    }
+    [[nodiscard]] bool finish() override {
+        try {
+            return reader_->finish();
+        } catch (const std::bad_alloc&) {
+            return false;
+        }
+    }
+
+private:
+    std::unique_ptr<PlaneReader> reader_;
+    int width_;
+    std::shared_ptr<PlanarPicture> window_;
+    PlanarSampler stretch_;
+    SamplerScratch scratch_;
+};
 
 } // namespace
 
@@ -64,52 +185,48 @@ std::shared_ptr<StreamedPicture> StreamedPicture::make(std::unique_ptr<RowReader
     return std::shared_ptr<StreamedPicture>(new StreamedPicture(std::move(reader), *map, canvas, kernels));
 }
 
+std::shared_ptr<StreamedPicture> StreamedPicture::make(std::unique_ptr<PlaneReader> reader, const LayerDraw& draw,
+                                                       PixelSize canvas, const Kernels& kernels) {
+    auto maker = std::make_unique<RowsFromPlanes>(std::move(reader), draw, canvas, kernels);
+    return std::shared_ptr<StreamedPicture>(new StreamedPicture(std::move(maker), canvas, kernels));
+}
+
 StreamedPicture::StreamedPicture(std::unique_ptr<RowReader> reader, const AxisMap& map, PixelSize canvas,
                                  const Kernels& kernels)
-    : reader_(std::move(reader))
-    , map_(map)
+    : map_(map)
+    , picture_(reader->size())
     , canvas_(canvas)
     , kernels_(kernels)
-    , isCopied_(map.isWholePixelShift(reader_->size()))
+    , isCopied_(map.isWholePixelShift(picture_))
+    , keepsCanvas_(!isCopied_ && bytesOf(canvas) < bytesOf(picture_))
+    , pictureRows_(isCopied_ ? copiedRows(map, picture_, canvas) : stretchedRows(map, picture_, canvas))
+    , kept_(rowsOf(keepsCanvas_ ? canvas : picture_))
     , isDrawn_(static_cast<std::size_t>(canvas.height)) {
-    const PixelSize picture = reader_->size();
-    pictureRows_.reserve(static_cast<std::size_t>(canvas.height));
-    if (isCopied_) {
-        const int shift = static_cast<int>(std::lround(map.originY));
-        for (int y = 0; y < canvas.height; ++y) {
-            const int row = std::clamp(y - shift, 0, picture.height - 1);
-            pictureRows_.push_back({row, row + 1});
-        }
+    if (keepsCanvas_) {
+        maker_ = std::make_unique<StretchedRows>(std::move(reader), pictureRows_, map, canvas, kernels);
     } else {
-        const auto rows = StretchAxis(map.originY, map.scaleY, PictureFilter::smooth)
-                              .table<std::int8_t>(0, canvas.height, picture.height, mixedRowForm);
-        for (const int first : rows.first) {
-            pictureRows_.push_back({first, std::min(first + rows.taps, picture.height)});
-        }
-    }
-    kept_ = RowWindow(picture.height, static_cast<std::size_t>(picture.width) * 4);
-    if (!isCopied_ && bytesOf(canvas) < bytesOf(picture)) {
-        keepCanvasRows();
+        maker_ = std::make_unique<RowsAsRead>(std::move(reader));
     }
 }
 
-void StreamedPicture::keepCanvasRows() {
-    keepsCanvas_ = true;
-    window_ = std::exchange(kept_, RowWindow(canvas_.height, static_cast<std::size_t>(canvas_.width) * 4));
-    stretch_ = makeMixSampler(PictureRows(reader_->size(), window_.each()), map_, {0, 0, canvas_.width, canvas_.height},
-                              kernels_);
-}
+StreamedPicture::StreamedPicture(std::unique_ptr<RowMaker> maker, PixelSize canvas, const Kernels& kernels)
+    : canvas_(canvas)
+    , kernels_(kernels)
+    , keepsCanvas_(true)
+    , maker_(std::move(maker))
+    , kept_(rowsOf(canvas))
+    , isDrawn_(static_cast<std::size_t>(canvas.height)) {}
 
 std::unique_ptr<Sampler> StreamedPicture::makeSampler(const SampledArea& area) const {
     if (keepsCanvas_) {
         return makeCopySampler(PictureRows(canvas_, kept_.each()), AxisMap{});
     }
-    const PictureRows rows(reader_->size(), kept_.each());
+    const PictureRows rows(picture_, kept_.each());
     return isCopied_ ? makeCopySampler(rows, map_) : makeMixSampler(rows, map_, area, kernels_);
 }
 
-StreamedPicture::Rows StreamedPicture::keptFor(int y) const {
-    return keepsCanvas_ ? Rows{y, y + 1} : pictureRows_[static_cast<std::size_t>(y)];
+RowRange StreamedPicture::keptFor(int y) const {
+    return keepsCanvas_ ? RowRange{y, y + 1} : pictureRows_[static_cast<std::size_t>(y)];
 }
 
 template <typename IsEnough>
@@ -159,7 +276,7 @@ void StreamedPicture::runAhead(const std::atomic<bool>& isEnough) {
 
 bool StreamedPicture::finish() {
     const std::lock_guard lock(mutex_);
-    isDamaged_ = isDamaged_ || !reader_->finish();
+    isDamaged_ = isDamaged_ || !maker_->finish();
     return !isDamaged_;
 }
 
@@ -182,7 +299,7 @@ void StreamedPicture::makeRows(std::unique_lock<std::mutex>& lock, int count) {
         span.note("first", first);
         span.note("count", count);
         for (int i = 0; i < count; ++i) {
-            isDamaged = isDamaged || !makeRow(first + i, rows[static_cast<std::size_t>(i)]);
+            isDamaged = isDamaged || !maker_->make(first + i, rows[static_cast<std::size_t>(i)]);
         }
     }
     lock.lock();
@@ -206,25 +323,6 @@ int StreamedPicture::appendRows(std::span<std::uint8_t*> rows) {
         }
     }
     return static_cast<int>(count);
-}
-
-bool StreamedPicture::makeRow(int kept, std::uint8_t* out) {
-    if (!keepsCanvas_) {
-        return reader_->read(out);
-    }
-    try {
-        const Rows rows = pictureRows_[static_cast<std::size_t>(kept)];
-        window_.dropBefore(rows.begin);
-        while (window_.end() < rows.end) {
-            if (!reader_->read(window_.append())) {
-                return false;
-            }
-        }
-        stretch_->row(kept, 0, canvas_.width, out, scratch_);
-        return true;
-    } catch (const std::bad_alloc&) {
-        return false; // the whole picture says so, too
-    }
 }
 
 ClaimedRows::ClaimedRows(const std::vector<std::shared_ptr<StreamedPicture>>& pictures, int first, int count)

@@ -5,6 +5,7 @@
 // stretched while the cache still has them. Both give the bits that the whole picture would give.
 #pragma once
 
+#include "platform/graphics/PlanarPicture.h"
 #include "platform/graphics/RowReader.h"
 #include "platform/graphics/raster/Sampler.h"
 
@@ -16,6 +17,11 @@
 #include <vector>
 
 namespace quillomat::raster {
+
+struct RowRange {
+    int begin = 0;
+    int end = 0;
+};
 
 /// Rows [begin, end) of many; the memory of those that are dropped serves those that come.
 class RowWindow {
@@ -40,12 +46,29 @@ private:
     std::vector<std::uint8_t*> free_;
 };
 
+/// Makes the rows that are kept, each of them once, from the top.
+class RowMaker {
+public:
+    RowMaker() = default;
+    virtual ~RowMaker() = default;
+    RowMaker(const RowMaker&) = delete;
+    RowMaker& operator=(const RowMaker&) = delete;
+
+    /// False where the document is damaged.
+    [[nodiscard]] virtual bool make(int row, std::uint8_t* out) = 0;
+    /// Passes over the rest of the document. False where it is damaged.
+    [[nodiscard]] virtual bool finish() = 0;
+};
+
 /// Thread-safe. Each canvas row is drawn once.
 class StreamedPicture {
 public:
     /// Null for draws that are not along the axes, upright and smooth, or that need the picture halved beforehand.
     [[nodiscard]] static std::shared_ptr<StreamedPicture> make(std::unique_ptr<RowReader> reader, const LayerDraw& draw,
                                                                PixelSize canvas, const Kernels& kernels);
+    /// For draws that are stretched from planes.
+    [[nodiscard]] static std::shared_ptr<StreamedPicture>
+    make(std::unique_ptr<PlaneReader> reader, const LayerDraw& draw, PixelSize canvas, const Kernels& kernels);
 
     /// The draw's pixels; to be asked only for rows that are claimed. It must not outlive this.
     [[nodiscard]] std::unique_ptr<Sampler> makeSampler(const SampledArea& area) const;
@@ -67,35 +90,26 @@ public:
     [[nodiscard]] std::size_t mostBytes() const;
 
 private:
-    struct Rows {
-        int begin = 0;
-        int end = 0;
-    };
-
     StreamedPicture(std::unique_ptr<RowReader> reader, const AxisMap& map, PixelSize canvas, const Kernels& kernels);
-    void keepCanvasRows();
+    /// Keeps the canvas's rows.
+    StreamedPicture(std::unique_ptr<RowMaker> maker, PixelSize canvas, const Kernels& kernels);
     /// The kept rows that a canvas row takes.
-    [[nodiscard]] Rows keptFor(int y) const;
-    [[nodiscard]] int keptCount() const { return keepsCanvas_ ? canvas_.height : reader_->size().height; }
+    [[nodiscard]] RowRange keptFor(int y) const;
+    [[nodiscard]] int keptCount() const { return keepsCanvas_ ? canvas_.height : picture_.height; }
     void makeRows(std::unique_lock<std::mutex>& lock, int count);
     /// As long as there is room, nobody else makes rows and it is not enough yet.
     template <typename IsEnough> void makeAhead(std::unique_lock<std::mutex>& lock, const IsEnough& isEnough);
     [[nodiscard]] int appendRows(std::span<std::uint8_t*> rows);
     void dropDrawn() noexcept;
-    [[nodiscard]] bool makeRow(int kept, std::uint8_t* out);
 
-    std::unique_ptr<RowReader> reader_;
     AxisMap map_;
+    PixelSize picture_; // where its rows are kept
     PixelSize canvas_;
     const Kernels& kernels_;
     bool isCopied_ = false;
     bool keepsCanvas_ = false;
-    std::vector<Rows> pictureRows_; // that each canvas row takes
-
-    // Only for whoever is making rows.
-    RowWindow window_; // of the picture's rows, where the canvas's are kept
-    std::unique_ptr<Sampler> stretch_;
-    SamplerScratch scratch_;
+    std::vector<RowRange> pictureRows_; // that each canvas row takes, where they are kept
+    std::unique_ptr<RowMaker> maker_;   // only for whoever is making rows
 
     mutable std::mutex mutex_;
     std::condition_variable changed_;

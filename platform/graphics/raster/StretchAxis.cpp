@@ -11,6 +11,12 @@ namespace {
 
 constexpr double widestStretch = 8;
 
+/// std::floor, which processors without an instruction for it take long over.
+int wholeBelow(double value) {
+    const auto cut = static_cast<int>(value);
+    return value < cut ? cut - 1 : cut;
+}
+
 /// Rounds weights to integers of that sum by rounding what they come to so far: an edge, which is where errors are
 /// seen, errs by half a step of a weight at most, wherever it lies.
 template <typename Weight> void quantiseLine(const std::vector<double>& weights, int whole, Weight* out) {
@@ -22,10 +28,34 @@ template <typename Weight> void quantiseLine(const std::vector<double>& weights,
     int rounded = 0;
     for (std::size_t i = 0; i < weights.size(); ++i) {
         exact += weights[i] / sum * whole;
-        const auto next = static_cast<int>(std::floor(exact + 0.5));
+        const int next = wholeBelow(exact + 0.5);
         out[i] = static_cast<Weight>(next - rounded);
         rounded = next;
     }
+}
+
+/// The samples of a plane that one pixel takes.
+struct PixelShares {
+    int nearest = 0;
+    int other = 0;
+    double ofNearest = 1;
+
+    [[nodiscard]] int lowest() const { return std::min(nearest, other); }
+};
+
+PixelShares sharesOf(int pixel, const PlaneAxis& plane) {
+    const int position = pixel + plane.shift;
+    if (plane.step == 1) {
+        return {position, position, 1};
+    }
+    const int nearest = position / 2;
+    const int other = position % 2 == 0 ? nearest - 1 : nearest + 1;
+    return {nearest, std::clamp(other, 0, plane.samples - 1), 0.75};
+}
+
+/// How many of a plane's samples so many pixels take at most.
+int samplesOf(int pixels, const PlaneAxis& plane) {
+    return plane.step == 1 ? pixels : pixels / 2 + 2;
 }
 
 } // namespace
@@ -51,16 +81,18 @@ double StretchAxis::reach() const {
     return filter_ == PictureFilter::smooth ? 2 * std::max(1.0, width()) : width() / 2 + 1;
 }
 
-double StretchAxis::weight(double t) const {
-    return filter_ == PictureFilter::smooth ? keysCubic(t / std::max(1.0, width())) : boxTent(t, width());
+double StretchAxis::weight(double t, double width) const {
+    return filter_ == PictureFilter::smooth ? keysCubic(t / std::max(1.0, width)) : boxTent(t, width);
 }
 
 template <typename Weight>
-AxisTable<Weight> StretchAxis::table(int from, int to, int samples, const TableForm& form) const {
+AxisTable<Weight> StretchAxis::table(int from, int to, int pixels, const PlaneAxis& plane,
+                                     const TableForm& form) const {
     const double spread = reach();
+    const double sampleWidth = width();
     AxisTable<Weight> result;
     result.start = from;
-    const int needed = std::min(samples, static_cast<int>(std::ceil(2 * spread)));
+    const int needed = std::min(plane.samples, samplesOf(static_cast<int>(std::ceil(2 * spread)), plane));
     const int together = needed <= form.fewestTaps ? form.fewestTaps : form.tapsTogether;
     result.taps = (needed + together - 1) / together * together;
     const auto count = static_cast<std::size_t>(to - from);
@@ -69,14 +101,20 @@ AxisTable<Weight> StretchAxis::table(int from, int to, int samples, const TableF
     std::vector<double> weights(static_cast<std::size_t>(result.taps));
     for (int at = from; at < to; ++at) {
         const double center = (at + 0.5 - origin_) / scale_ / factor() - 0.5;
-        const double bounded = std::clamp(center, -spread - 1, samples + spread + 1);
+        const double bounded = std::clamp(center, -spread - 1, pixels + spread + 1);
         const int lowest = static_cast<int>(std::floor(bounded - spread)) + 1;
         const int highest = static_cast<int>(std::ceil(bounded + spread)) - 1;
-        const int first = std::clamp(lowest, 0, std::max(0, samples - result.taps));
+        const int lowestSample = sharesOf(std::clamp(lowest, 0, pixels - 1), plane).lowest();
+        const int first = std::clamp(lowestSample, 0, std::max(0, plane.samples - result.taps));
         std::fill(weights.begin(), weights.end(), 0.0);
-        for (int sample = lowest; sample <= highest; ++sample) {
-            const int inside = std::clamp(std::clamp(sample, 0, samples - 1) - first, 0, result.taps - 1);
-            weights[static_cast<std::size_t>(inside)] += weight(sample - bounded);
+        const auto add = [&](int sample, double weight) {
+            weights[static_cast<std::size_t>(std::clamp(sample - first, 0, result.taps - 1))] += weight;
+        };
+        for (int pixel = lowest; pixel <= highest; ++pixel) {
+            const double share = weight(pixel - bounded, sampleWidth);
+            const PixelShares shares = sharesOf(std::clamp(pixel, 0, pixels - 1), plane);
+            add(shares.nearest, share * shares.ofNearest);
+            add(shares.other, share * (1 - shares.ofNearest));
         }
         result.first[result.index(at)] = first;
         quantiseLine(weights, form.sum,
@@ -85,7 +123,7 @@ AxisTable<Weight> StretchAxis::table(int from, int to, int samples, const TableF
     return result;
 }
 
-template AxisTable<std::int16_t> StretchAxis::table(int, int, int, const TableForm&) const;
-template AxisTable<std::int8_t> StretchAxis::table(int, int, int, const TableForm&) const;
+template AxisTable<std::int16_t> StretchAxis::table(int, int, int, const PlaneAxis&, const TableForm&) const;
+template AxisTable<std::int8_t> StretchAxis::table(int, int, int, const PlaneAxis&, const TableForm&) const;
 
 } // namespace quillomat::raster

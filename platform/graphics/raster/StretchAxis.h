@@ -23,6 +23,23 @@ template <typename Weight> struct AxisTable {
     }
 };
 
+/// The taps [from, to) of a column that weigh anything.
+struct UsedTaps {
+    int from = 0;
+    int to = 0;
+
+    UsedTaps(const AxisTable<std::int8_t>& axis, std::size_t column) : to(axis.taps) {
+        const std::int8_t* weights = axis.weights.data() + column * static_cast<std::size_t>(axis.taps);
+        while (to > 1 && weights[to - 1] == 0) {
+            --to;
+        }
+        while (from + 1 < to && weights[from] == 0) {
+            ++from;
+        }
+    }
+    [[nodiscard]] int count() const { return to - from; }
+};
+
 struct TableForm {
     int sum = 0;          // of a line's weights
     int fewestTaps = 1;   // where that many do,
@@ -31,6 +48,14 @@ struct TableForm {
 
 /// Of the rows that are mixed in bytes.
 constexpr TableForm mixedRowForm{mixedWhole, 1, 1};
+
+/// One side of a plane of samples in which a picture's pixels lie: pixel 0 is the plane's position `shift`, and each
+/// sample stands for `step` positions, one or two. Between samples that stand for two the plane runs straight.
+struct PlaneAxis {
+    int samples = 0;
+    int shift = 0;
+    int step = 1;
+};
 
 /// How many times an axis is halved beforehand, and which filter follows.
 class StretchAxis {
@@ -41,13 +66,19 @@ public:
     [[nodiscard]] int level() const { return level_; }
     /// For the canvas positions [from, to), over a picture of that many samples at the level.
     template <typename Weight>
-    [[nodiscard]] AxisTable<Weight> table(int from, int to, int samples, const TableForm& form) const;
+    [[nodiscard]] AxisTable<Weight> table(int from, int to, int samples, const TableForm& form) const {
+        return table<Weight>(from, to, samples, PlaneAxis{samples}, form);
+    }
+    /// The same in samples of a plane for which so many pixels stand.
+    template <typename Weight>
+    [[nodiscard]] AxisTable<Weight> table(int from, int to, int pixels, const PlaneAxis& plane,
+                                          const TableForm& form) const;
 
 private:
     [[nodiscard]] double factor() const { return 1 << level_; }
     [[nodiscard]] double width() const;
     [[nodiscard]] double reach() const;
-    [[nodiscard]] double weight(double t) const;
+    [[nodiscard]] double weight(double t, double width) const;
 
     double origin_ = 0;
     double scale_ = 1;

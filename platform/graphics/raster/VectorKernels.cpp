@@ -1,5 +1,5 @@
 // The table of the kernels for wide registers, one source for every kind of processor: PositionKernels.cpp,
-// FootprintKernels.cpp, StretchKernels.cpp and CompositeKernels.cpp.
+// FootprintKernels.cpp, StretchKernels.cpp, PlanarKernels.cpp and CompositeKernels.cpp.
 #include "platform/graphics/raster/Kernels.h"
 
 #include "platform/graphics/ProcessorTarget.h"
@@ -32,13 +32,16 @@ void combineColumns(const std::int16_t* row, const std::int32_t* first, const st
 void mixRows(const std::uint8_t* const* rows, const std::int8_t* weights, int taps, int count, std::uint8_t* out);
 void mixColumns(const MixedColumns& columns, const std::uint8_t* row, int from, int count, bool isCut,
                 std::uint8_t* out);
+void mixPlaneRows(const PlaneRows& rows, int count, std::uint8_t* out);
+void mixPlaneColumns(const PlaneColumns& luma, const PlaneColumns& chroma, const PlanarRow& row, int from, int count,
+                     std::uint8_t* out);
 void compositeCovered(std::uint8_t* canvas, const std::uint8_t* pixels, const std::uint8_t* coverage, int count);
 void compositeUniform(std::uint8_t* canvas, const std::uint8_t* pixels, std::uint8_t coverage, int count);
 
 const Kernels& kernelsOfTarget() {
-    static constexpr Kernels kernels{"vector",         projectPositions, filterFootprint, filterAlongCurve,
-                                     combineRows,      combineColumns,   mixRows,         mixColumns,
-                                     compositeCovered, compositeUniform};
+    static constexpr Kernels kernels{"vector",     projectPositions, filterFootprint,  filterAlongCurve,
+                                     combineRows,  combineColumns,   mixRows,          mixColumns,
+                                     mixPlaneRows, mixPlaneColumns,  compositeCovered, compositeUniform};
     return kernels;
 }
 

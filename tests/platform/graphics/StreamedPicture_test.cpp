@@ -206,7 +206,8 @@ TEST(StreamedPicture, whatNeedsThePictureOtherwiseIsDecodedWhole) {
     EXPECT_FALSE(isStreamed(backgroundOf(picture, {333, 10}))) << "halved beforehand";
     EXPECT_FALSE(isStreamed(backgroundOf(Image::fromBitmap(photographLike({333, 251})), canvas))) << "decoded";
     const SharedBitmap held = picture.bitmap();
-    EXPECT_FALSE(isStreamed(backgroundOf(picture, canvas))) << "held by somebody";
+    EXPECT_FALSE(isStreamed(backgroundOf(picture, {300, 250}))) << "held by somebody";
+    EXPECT_TRUE(isStreamed(backgroundOf(picture, canvas))) << "held as pixels, wanted as planes";
     EXPECT_FALSE(isStreamed(backgroundOf(imageFromBytes(fixture("quarters.webp")).value(), canvas)));
 }
 
