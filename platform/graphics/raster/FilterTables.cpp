@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <numeric>
 #include <utility>
 #include <vector>
 
@@ -43,18 +44,20 @@ double widthOfStep(int step) {
     return part.from + static_cast<double>(step - part.stepsBefore) / part.stepsPerSample;
 }
 
-/// Rounds weights of sum 1 to integers of the sum `total`, none over `limit`. The rounding's remainder goes to the
-/// largest weight, and what is over the limit to its larger neighbour.
+/// Rounds weights to integers of the sum `total`, none over `limit`, by rounding what they come to so far: an edge errs
+/// by half a step at most. What is over the limit goes to the larger neighbour.
 template <typename Integer>
 void quantise(const std::array<double, mostTaps>& weights, int total, int limit, Integer* out) {
     std::array<int, mostTaps> rounded{};
+    const double whole = std::accumulate(weights.begin(), weights.end(), 0.0);
+    double exact = 0;
     int sum = 0;
     for (std::size_t i = 0; i < weights.size(); ++i) {
-        rounded[i] = static_cast<int>(std::lround(weights[i] * total));
+        exact += weights[i] / whole * total;
+        rounded[i] = static_cast<int>(std::floor(exact + 0.5)) - sum;
         sum += rounded[i];
     }
     const auto largest = std::max_element(rounded.begin(), rounded.end());
-    *largest += total - sum;
     if (*largest > limit) {
         const auto at = static_cast<std::size_t>(largest - rounded.begin());
         const double before = at > 0 ? weights[at - 1] : 0;
