@@ -213,15 +213,17 @@ private:
     alignas(64) std::uint8_t taps_[mostTaps][kBlocks * 16];
 };
 
-constexpr int rowsAhead = 8;
-
-/// Fetches the lines that canvas rows further down will read, one for about each 16 of the picture's pixels.
+/// Fetches the lines that canvas rows further down will read.
 template <bool kSteady>
 HWY_INLINE void prefetchBelow(const Footprint& footprint, const Offsets<kSteady>& offsets, int from, int to) {
     const auto stride = static_cast<std::ptrdiff_t>(footprint.picture.stride);
-    for (int i = from; i < to; i += 8) {
-        const int row = std::min(offsets.firstRows[i] + rowsAhead, footprint.picture.height - 1);
-        __builtin_prefetch(footprint.picture.pixels + row * stride + offsets.pixels[0][i]);
+    const FetchedAhead& ahead = footprint.ahead;
+    for (int i = from; i < to; i += ahead.pixelsApart) {
+        const int first = offsets.firstRows[i] + ahead.firstRow;
+        for (int row = first; row < first + ahead.rows; ++row) {
+            const int inside = std::clamp(row, 0, footprint.picture.height - 1);
+            __builtin_prefetch(footprint.picture.pixels + inside * stride + offsets.pixels[0][i]);
+        }
     }
 }
 

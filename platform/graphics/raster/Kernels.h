@@ -41,6 +41,14 @@ struct RowTable {
     [[nodiscard]] std::int16_t weight(int phase, int tap) const { return lines[phase * line() + tap]; }
 };
 
+/// What canvas rows to come will read, to be fetched from memory meanwhile: rows of the picture, counted from the first
+/// that a footprint reads, at every so many canvas pixels.
+struct FetchedAhead {
+    int firstRow = 0;
+    int rows = 0;
+    int pixelsApart = 1;
+};
+
 /// A sheared separable footprint, the same over a stretch of pixels. Positions are in 1/256 of a picture's pixel, the
 /// centre of the first pixel being 0.
 struct Footprint {
@@ -56,6 +64,7 @@ struct Footprint {
     /// Of a steady footprint of four rows of four columns, where somebody made them: sixteen bytes for each phase from
     /// -128 up to 383 of its first row, the column weights of all four rows.
     const std::uint8_t* steadyLines = nullptr;
+    FetchedAhead ahead;
 };
 // Weights' products sum to 2^23 times the pixels less 128: half a step more and 128 raise them to where they are
 // rounded by cutting.
@@ -179,6 +188,13 @@ constexpr std::int16_t blueOfBlue = 16590;
 constexpr std::int16_t noChroma = 128 * mixedWhole;
 } // namespace planar
 
+/// A row of a picture, and the one that is likely to be read next: it is fetched from memory meanwhile. Null where
+/// nothing is known of that one.
+struct MixedRow {
+    const std::uint8_t* pixels = nullptr;
+    const std::uint8_t* next = nullptr;
+};
+
 struct Kernels {
     const char* name;
 
@@ -203,7 +219,7 @@ struct Kernels {
     void (*mixRows)(const std::uint8_t* const* rows, const std::int8_t* weights, int taps, int count,
                     std::uint8_t* out);
     /// `count` columns from `from` on; where rows are mixed afterwards, colours may wait until then to be cut.
-    void (*mixColumns)(const MixedColumns& columns, const std::uint8_t* row, int from, int count, bool isCut,
+    void (*mixColumns)(const MixedColumns& columns, const MixedRow& row, int from, int count, bool isCut,
                        std::uint8_t* out);
     /// The same for rows and columns of planes. Rows of `count` samples, a multiple of 64, that begin at whole
     /// registers.

@@ -116,6 +116,12 @@ public:
         return each_ != nullptr ? each_[index] : first_ + index * stride_;
     }
 
+    /// The row where it is in memory for as long as the others are; null for rows that come and go, which are in the
+    /// cache when they are read.
+    [[nodiscard]] const std::uint8_t* rowToFetch(int y) const {
+        return each_ == nullptr && y < size.height ? row(y) : nullptr;
+    }
+
     PixelSize size;
 
 private:

@@ -150,11 +150,10 @@ void mixRows(const std::uint8_t* const* rows, const std::int8_t* weights, int ta
     }
 }
 
-void mixColumns(const MixedColumns& columns, const std::uint8_t* row, int from, int count, bool isCut,
-                std::uint8_t* out) {
+void mixColumns(const MixedColumns& columns, const MixedRow& row, int from, int count, bool isCut, std::uint8_t* out) {
     const int taps = columns.taps;
     for (int i = from; i < from + count; ++i, out += 4) {
-        const std::uint8_t* pixels = row + static_cast<std::ptrdiff_t>(columns.first[i]) * 4;
+        const std::uint8_t* pixels = row.pixels + static_cast<std::ptrdiff_t>(columns.first[i]) * 4;
         const std::int8_t* weights = columns.weights + static_cast<std::ptrdiff_t>(i) * taps * 4;
         for (int channel = 0; channel < 4; ++channel) {
             int sum = 0;

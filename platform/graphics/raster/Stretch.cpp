@@ -122,14 +122,14 @@ private:
 
     /// Canvas columns of a picture's row, counted from the area's left.
     void mixColumns(int row, int from, int to, bool isCut, std::uint8_t* out, SamplerScratch& scratch) const {
-        const std::uint8_t* pixels = picture_.row(row);
+        MixedRow mixed{picture_.row(row), picture_.rowToFetch(row + 1)};
         if (width() < columns_.roomOfRow()) {
             scratch.widened.resize(
                 std::max(scratch.widened.size(), static_cast<std::size_t>(columns_.roomOfRow()) * 4));
-            std::memcpy(scratch.widened.data(), pixels, static_cast<std::size_t>(width()) * 4);
-            pixels = scratch.widened.data();
+            std::memcpy(scratch.widened.data(), mixed.pixels, static_cast<std::size_t>(width()) * 4);
+            mixed = {scratch.widened.data(), nullptr};
         }
-        kernels_.mixColumns(columns_.view(), pixels, from, to - from, isCut, out);
+        kernels_.mixColumns(columns_.view(), mixed, from, to - from, isCut, out);
     }
 
     [[nodiscard]] int width() const { return picture_.size.width; }

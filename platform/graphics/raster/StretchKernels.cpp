@@ -203,8 +203,9 @@ HWY_INLINE int mixColumnsOf(const std::uint8_t* row, const std::int32_t* first, 
     return i;
 }
 
-void mixEachColumn(const MixedColumns& columns, const std::uint8_t* row, int from, int count, bool isCut,
+void mixEachColumn(const MixedColumns& columns, const MixedRow& mixed, int from, int count, bool isCut,
                    std::uint8_t* out) {
+    const std::uint8_t* row = mixed.pixels;
     const std::int32_t* first = columns.first + from;
     const std::int8_t* weights = columns.weights + static_cast<std::ptrdiff_t>(from) * columns.taps * 4;
     const int taps = columns.taps;
@@ -212,7 +213,7 @@ void mixEachColumn(const MixedColumns& columns, const std::uint8_t* row, int fro
                      : taps == 4  ? mixColumnsOf<4>(row, first, weights, taps, count, isCut, out)
                      : taps == 16 ? mixColumnsOf<16>(row, first, weights, taps, count, isCut, out)
                                   : mixColumnsOf<0>(row, first, weights, taps, count, isCut, out);
-    scalarKernels().mixColumns(columns, row, from + done, count - done, isCut,
+    scalarKernels().mixColumns(columns, mixed, from + done, count - done, isCut,
                                out + static_cast<std::ptrdiff_t>(done) * 4);
 }
 
@@ -238,7 +239,8 @@ template <int kTapsAtOnce, int kSteps> class GroupMixer {
 public:
     static constexpr int columnsTogether = groupBytes / kTapsAtOnce;
 
-    HWY_INLINE GroupMixer(const MixedColumns& columns, const std::uint8_t* row) : columns_(columns), row_(row) {
+    HWY_INLINE GroupMixer(const MixedColumns& columns, const MixedRow& row)
+        : columns_(columns), row_(row.pixels), next_(row.next != nullptr ? row.next : row.pixels) {
         for (int step = 0; step < kSteps; ++step) {
             weightPlaces_[step] = bytePlaces(columnsTogether, [=](int column, int byte) {
                 return step * groupBytes + column * kTapsAtOnce + byte % kTapsAtOnce;
@@ -253,8 +255,8 @@ public:
     HWY_INLINE __m512i sums(std::ptrdiff_t group) const {
         const ColumnGroup& at = columns_.groups[group];
         const std::uint8_t* pixels = row_ + static_cast<std::ptrdiff_t>(at.base) * 4;
-        // A row comes from memory, more slowly than it is mixed.
-        hwy::Prefetch(pixels + 4096);
+        // A row comes from memory, more slowly than it is mixed. This one was fetched while the last one was.
+        hwy::Prefetch(next_ + static_cast<std::ptrdiff_t>(at.base) * 4);
         const auto weights = _mm512_loadu_si512(columns_.groupWeights + group * (kSteps * groupBytes));
         const auto offsets = _mm512_castsi128_si512(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(at.offsets)));
         auto taken = _mm512_add_epi8(_mm512_permutexvar_epi8(offsetPlaces_, offsets), tapPlaces_);
@@ -279,6 +281,7 @@ public:
 private:
     const MixedColumns& columns_;
     const std::uint8_t* row_;
+    const std::uint8_t* next_;
     __m512i weightPlaces_[kSteps];
     __m512i offsetPlaces_;
     __m512i tapPlaces_;
@@ -307,8 +310,7 @@ HWY_INLINE __m512i sixteenMixed(const GroupMixer<kTapsAtOnce, kSteps>& mixer, st
 }
 
 template <int kTapsAtOnce, int kSteps>
-void mixGroups(const MixedColumns& columns, const std::uint8_t* row, int from, int count, bool isCut,
-               std::uint8_t* out) {
+void mixGroups(const MixedColumns& columns, const MixedRow& row, int from, int count, bool isCut, std::uint8_t* out) {
     using Mixer = GroupMixer<kTapsAtOnce, kSteps>;
     const Mixer mixer(columns, row);
     const auto places = boundPlaces(WideBytes(), isCut);
@@ -329,9 +331,8 @@ void mixGroups(const MixedColumns& columns, const std::uint8_t* row, int from, i
     }
 }
 
-void mixGrouped(const MixedColumns& columns, const std::uint8_t* row, int from, int count, bool isCut,
-                std::uint8_t* out) {
-    using Mix = void (*)(const MixedColumns&, const std::uint8_t*, int, int, bool, std::uint8_t*);
+void mixGrouped(const MixedColumns& columns, const MixedRow& row, int from, int count, bool isCut, std::uint8_t* out) {
+    using Mix = void (*)(const MixedColumns&, const MixedRow&, int, int, bool, std::uint8_t*);
     static constexpr Mix pairs[] = {mixGroups<2, 1>, mixGroups<2, 2>, mixGroups<2, 3>, mixGroups<2, 4>};
     static constexpr Mix fours[] = {mixGroups<4, 1>, mixGroups<4, 2>, mixGroups<4, 3>, mixGroups<4, 4>};
     static_assert(std::size(pairs) == mostGroupSteps && std::size(fours) == mostGroupSteps);
@@ -343,8 +344,7 @@ HWY_PUSH_ATTRIBUTES(HWY_TARGET_STR)
 
 #endif
 
-void mixColumns(const MixedColumns& columns, const std::uint8_t* row, int from, int count, bool isCut,
-                std::uint8_t* out) {
+void mixColumns(const MixedColumns& columns, const MixedRow& row, int from, int count, bool isCut, std::uint8_t* out) {
 #if HWY_TARGET == HWY_AVX3_DL
     if (columns.groups != nullptr && count > 0) {
         mixGrouped(columns, row, from, count, isCut, out);

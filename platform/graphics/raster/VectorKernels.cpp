@@ -30,8 +30,7 @@ void combineRows(const std::uint8_t* const* rows, const std::int16_t* weights, i
 void combineColumns(const std::int16_t* row, const std::int32_t* first, const std::int16_t* weights, int taps,
                     int count, std::uint8_t* out);
 void mixRows(const std::uint8_t* const* rows, const std::int8_t* weights, int taps, int count, std::uint8_t* out);
-void mixColumns(const MixedColumns& columns, const std::uint8_t* row, int from, int count, bool isCut,
-                std::uint8_t* out);
+void mixColumns(const MixedColumns& columns, const MixedRow& row, int from, int count, bool isCut, std::uint8_t* out);
 void mixPlaneRows(const PlaneRows& rows, int count, std::uint8_t* out);
 void mixPlaneColumns(const PlaneColumns& luma, const PlaneColumns& chroma, const PlanarRow& row, int from, int count,
                      std::uint8_t* out);

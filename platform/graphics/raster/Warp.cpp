@@ -20,6 +20,8 @@ constexpr int mostRowsTogether = 8;
 constexpr double farthestPlain = 1 << 28;
 // In columns; a phase less than the tables hold, as positions are rounded.
 constexpr double farthestSteady = 0.49;
+constexpr double pixelsInCacheLine = 16;
+constexpr int mostRowsFetched = 8;
 // A segment's rows, some hundreds, then lie within 2^31 bytes.
 constexpr int widestSteady = 1 << 20;
 
@@ -181,8 +183,19 @@ private:
         const int unit = footprint.isSteady ? steadyShear : 1;
         footprint.shear = unit * static_cast<std::int32_t>(std::lround(columnsPerRow * shearOne / unit));
         footprint.columns = &columnTable(columns.a, columns.b, footprint.isSteady ? farthest : 0);
+        footprint.ahead = fetchedAhead(footprint.rows->taps, step.rightU / factorU, step.downV / factorV);
         const bool isSmall = footprint.isSteady && footprint.rows->taps == 4 && footprint.columns->taps == 4;
         footprint.steadyLines = isSmall ? steadyLines(*footprint.columns, footprint.shear / steadyShear) : nullptr;
+    }
+
+    /// All that the next canvas row but one reads and the rows before it do not, a line of the cache at a time.
+    static FetchedAhead fetchedAhead(int rowTaps, double rightU, double downV) {
+        FetchedAhead ahead;
+        ahead.rows = std::clamp(static_cast<int>(std::ceil(std::abs(downV))), 1, mostRowsFetched);
+        ahead.firstRow = downV >= 0 ? rowTaps + ahead.rows : -2 * ahead.rows;
+        ahead.pixelsApart =
+            static_cast<int>(std::clamp(pixelsInCacheLine / std::max(std::abs(rightU), 1.0), 1.0, 16.0));
+        return ahead;
     }
 
     void segment(const FootprintBlock& block, int y, int left, int right, std::uint8_t* out,
