@@ -2,7 +2,10 @@
 #pragma once
 
 #include "DrawnPictures.h"
+#include "JpegDocument.h"
 #include "platform/graphics/BitmapContext.h"
+#include "platform/graphics/DrawnPictures.h"
+#include "platform/graphics/ImageFile.h"
 #include "platform/graphics/Rasterizer.h"
 #include "platform/graphics/SparsePicture.h"
 
@@ -38,7 +41,8 @@ private:
 struct Scene {
     int side = 0;
     Quad quad;
-    SharedBitmap background; // 4000 x 3000
+    Image photograph;        // 4000 x 3000, a JPEG document
+    SharedBitmap background; // its pixels
     SharedBitmap screenshot; // 1290 x 2796
     SharedBitmap frame;      // as large as the canvas, its screen and surroundings clear
     SharedBitmap glare;      // as large as the canvas, faint over the screen
@@ -87,26 +91,30 @@ inline Bitmap overlayOf(const Quad& quad, int side, bool glare) {
 }
 
 inline Scene makeScene(int side, Slant slant) {
-    static const auto background = std::make_shared<const Bitmap>(photographLike({4000, 3000}));
+    static const Image photograph = imageFromBytes(jpegOf(photographLike({4000, 3000}))).value();
+    static const SharedBitmap background = photograph.bitmap();
     static const auto screenshot = std::make_shared<const Bitmap>(screenshotLike({1290, 2796}));
     const Quad quad = quadOf(slant, side);
     return {side,
             quad,
+            photograph,
             background,
             screenshot,
             std::make_shared<const Bitmap>(overlayOf(quad, side, /*glare=*/false)),
             std::make_shared<const Bitmap>(overlayOf(quad, side, /*glare=*/true))};
 }
 
+/// Pictures are decoded already, as the renderer has them decoded: the photograph into planes where it is stretched out
+/// of those.
 inline Recording recordingOfScene(const Scene& scene) {
     const double side = scene.side;
     BitmapContext context({side, side});
-    context.drawImage(Image::fromBitmap(scene.background), makeRect(0, 0, side, side));
+    context.drawImage(scene.photograph, makeRect(0, 0, side, side));
     context.drawLayer(fittedLayer(Image::fromBitmap(scene.screenshot), scene.quad, side * 0.02));
     for (const SharedBitmap& overlay : {scene.frame, scene.glare}) {
         context.drawImage(Image(std::make_shared<const OverlaySource>(overlay)), makeRect(0, 0, side, side));
     }
-    return context.recording();
+    return withDecodedPictures(context.recording());
 }
 
 /// Draws into a canvas that is there already.

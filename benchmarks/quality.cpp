@@ -120,13 +120,25 @@ void judgeQuads(const char* content, const std::function<Bitmap(PixelSize)>& dra
 }
 
 void judgeStretches() {
-    const Image photograph = Image::fromBitmap(photographLike({400, 300}));
-    for (const Size size : {Size{300, 300}, Size{420, 520}, Size{108, 108}, Size{801, 150}}) {
+    const auto stretched = [](const Image& picture, const Size& size) {
         BitmapContext context(size);
-        context.drawImage(photograph, makeRect(0, 0, size.width, size.height));
+        context.drawImage(picture, makeRect(0, 0, size.width, size.height));
+        return context.recording();
+    };
+    const auto judge = [&](const char* what, const Image& picture, const Size& size) {
+        const Recording exact = stretched(Image::fromBitmap(picture.bitmap()), size);
         char name[64];
-        std::snprintf(name, sizeof name, "stretched to %.0f x %.0f", size.width, size.height);
-        printScore(name, "quillomat", Judge(context.recording()).scoreOf(rasterize(context.recording())));
+        std::snprintf(name, sizeof name, "%s to %.0f x %.0f", what, size.width, size.height);
+        printScore(name, "quillomat", Judge(exact).scoreOf(rasterize(stretched(picture, size))));
+    };
+    const Bitmap bitmap = photographLike({400, 300});
+    for (const Size size : {Size{300, 300}, Size{420, 520}, Size{108, 108}, Size{801, 150}}) {
+        judge("stretched", Image::fromBitmap(bitmap), size);
+    }
+    // Stretched out of its planes.
+    const Image photograph = imageFromBytes(jpegOf(bitmap)).value();
+    for (const Size size : {Size{266, 199}, Size{201, 152}, Size{144, 108}, Size{250, 103}}) {
+        judge("planes stretched", photograph, size);
     }
 }
 

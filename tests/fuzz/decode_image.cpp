@@ -1,8 +1,14 @@
-// Any bytes are a picture or are refused in words; and the PNG pixels of our own are those of libpng.
+// Any bytes are a picture or are refused in words; the PNG pixels of our own are those of libpng; and a photograph has
+// planes if it has pixels, which any part of it can be stretched out of.
+#include "platform/graphics/BitmapContext.h"
+#include "platform/graphics/Cropping.h"
 #include "platform/graphics/ImageFile.h"
+#include "platform/graphics/PlanarPicture.h"
+#include "platform/graphics/Rasterizer.h"
 #include "platform/graphics/SparsePicture.h"
 #include "platform/graphics/codecs/Codec.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -15,6 +21,29 @@ void require(bool holds) {
     if (!holds) {
         std::abort();
     }
+}
+
+/// At most three fifths of it, so that it is drawn out of its planes.
+void drawSmall(const Image& image) {
+    const PixelSize size = image.pixelSize();
+    const double width = std::max(size.width * 3 / 5, 1);
+    const double height = std::max(size.height * 3 / 5, 1);
+    BitmapContext context({width, height});
+    context.drawImage(image, makeRect(0, 0, width, height));
+    const Bitmap whole = rasterize(context.recording(), 1);
+    const Rasterizer streamed(context.recording(), RowUse::once, 1);
+    Bitmap inRows(whole.size());
+    streamed.rows(0, inRows.height(), inRows.bytes());
+    require(!streamed.finish() || inRows == whole);
+}
+
+void requirePlanes(const Image& image, bool hasPixels) {
+    const PixelSize size = image.pixelSize();
+    const PixelRect part{size.width / 3, size.height / 3, size.width - size.width / 3, size.height - size.height / 3};
+    const auto planes = image.source()->planarPartOfAtLeast({0, 0, size.width, size.height}, size);
+    require(!planes || (hasPixels && planes->size() == size));
+    drawSmall(image);
+    drawSmall(croppedImage(image, part));
 }
 
 } // namespace
@@ -42,6 +71,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             }
             require(!sparse || inRuns == *whole);
         }
+    }
+    if (header && header->mayBeInPlanes) {
+        requirePlanes(imageFromBytes(Bytes(bytes.begin(), bytes.end()), limits).value(), bool{whole});
     }
     const Result<Bitmap> reduced = decodeImageReduced(bytes, {16, 16}, limits);
     require(!reduced || (header && reduced->width() <= header->size.width && reduced->height() <= header->size.height));
