@@ -128,15 +128,16 @@ TEST(PlanarPicture, anyPartOfARowIsThatOfTheWholeRow) {
         for (const int y : {0, 51, 59, 149}) {
             std::vector<std::uint8_t> whole(800);
             sampler.row(y, 0, 200, whole.data(), scratch);
-            for (const auto& [left, right] : {std::pair{0, 1}, {3, 20}, {37, 190}, {90, 91}, {130, 200}, {199, 200}}) {
-                std::vector<std::uint8_t> part(static_cast<std::size_t>(right - left) * 4);
+            for (const raster::Span& columns :
+                 {raster::Span{0, 1}, {3, 20}, {37, 190}, {90, 91}, {130, 200}, {199, 200}}) {
+                std::vector<std::uint8_t> part(static_cast<std::size_t>(columns.length()) * 4);
                 const auto expectSame = [&](const raster::PlanarSampler& from) {
-                    from.row(y, left, right, part.data(), scratch);
-                    EXPECT_TRUE(std::equal(part.begin(), part.end(), whole.begin() + left * 4))
-                        << target << ", row " << y << ", " << left << " to " << right;
+                    from.row(y, columns.left, columns.right, part.data(), scratch);
+                    EXPECT_TRUE(std::equal(part.begin(), part.end(), whole.begin() + columns.left * 4))
+                        << target << ", row " << y << ", " << columns.left << " to " << columns.right;
                 };
                 expectSame(sampler);
-                if (left >= 37 && right <= 190 && y >= 50 && y < 60) {
+                if (columns.left >= 37 && columns.right <= 190 && y >= 50 && y < 60) {
                     expectSame(shifted);
                 }
             }
