@@ -104,7 +104,8 @@ Context makeContext() {
 }
 
 bool isProfileFor(cmsHPROFILE profile, ColorModel model) {
-    const cmsColorSpaceSignature space = cmsGetColorSpace(profile);
+    // A number of the file's, which need not be any of the enumeration's.
+    const auto space = static_cast<std::uint32_t>(cmsGetColorSpace(profile));
     switch (model) {
     case ColorModel::gray:
         return space == cmsSigGrayData;
