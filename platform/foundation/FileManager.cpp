@@ -2,6 +2,7 @@
 
 #include "platform/foundation/FileDescriptor.h"
 #include "platform/foundation/FileDraft.h"
+#include "platform/foundation/Pages.h"
 #include "platform/foundation/TemporaryFiles.h"
 #include "platform/foundation/Trace.h"
 
@@ -114,7 +115,10 @@ Result<Bytes> SystemFileManager::read(const std::string& path, std::uint64_t lim
         return tooLarge;
     }
     // Files of the system's own making say 0 and hold more, and a log grows meanwhile: the end is where it is read.
-    Bytes bytes(size + 1);
+    Bytes bytes;
+    bytes.reserve(size + 1);
+    takePages(bytes.data(), bytes.capacity());
+    bytes.resize(size + 1);
     std::size_t filled = 0;
     while (true) {
         const auto count = readUpTo((*file)->descriptor, std::span(bytes).subspan(filled));

@@ -1,36 +1,19 @@
 #include "platform/graphics/Bitmap.h"
 
+#include "platform/foundation/Pages.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <new>
 
-#if defined(__linux__)
-#include <sys/mman.h>
-#endif
-
 namespace quillomat {
 namespace {
 
 constexpr std::size_t roomBehind = 64;
-constexpr std::size_t largePage = std::size_t{2} << 20;
 
 } // namespace
-
-void preferLargePages(void* data, std::size_t size) {
-#if defined(__linux__)
-    void* begin = data;
-    std::size_t left = size;
-    if (std::align(largePage, largePage, begin, left) != nullptr) {
-        // Only advice: what a system without large pages answers changes nothing.
-        static_cast<void>(madvise(begin, left / largePage * largePage, MADV_HUGEPAGE));
-    }
-#else
-    static_cast<void>(data);
-    static_cast<void>(size);
-#endif
-}
 
 PixelMemory::PixelMemory(std::size_t size) : size_(size) {
     if (size == 0) {

@@ -30,10 +30,6 @@ struct PixelRect {
     friend constexpr bool operator==(const PixelRect&, const PixelRect&) = default;
 };
 
-/// Asks for large pages where whole ones lie inside the memory, which nobody has touched yet: the system then hands it
-/// out several times faster.
-void preferLargePages(void* data, std::size_t size);
-
 /// Zeroed bytes. Large ones lie in large pages where the system has them: those are touched several times faster.
 class PixelMemory {
 public:

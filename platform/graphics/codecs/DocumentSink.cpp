@@ -1,5 +1,6 @@
 #include "platform/graphics/codecs/DocumentSink.h"
 
+#include "platform/foundation/Pages.h"
 #include "platform/graphics/codecs/Deflate.h"
 
 #include <new>

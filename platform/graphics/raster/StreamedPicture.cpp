@@ -1,5 +1,6 @@
 #include "platform/graphics/raster/StreamedPicture.h"
 
+#include "platform/foundation/Pages.h"
 #include "platform/foundation/Trace.h"
 #include "platform/graphics/raster/PlanarStretch.h"
 #include "platform/graphics/raster/StretchAxis.h"
@@ -19,6 +20,8 @@ namespace {
 constexpr std::size_t bytesAhead = std::size_t{4} << 20;
 // Decoded between two looks at what others want.
 constexpr int rowsTogether = 16;
+// Memory is taken for so many rows at once.
+constexpr std::size_t rowsTakenTogether = 8;
 // Wide registers read behind a row's end.
 constexpr std::size_t rowPadding = 256;
 
@@ -150,9 +153,14 @@ private:
 
 std::uint8_t* RowWindow::append() {
     if (free_.empty()) {
-        free_.reserve(memory_.size() + 1); // so that dropping a row needs no memory
-        memory_.push_back(std::make_unique_for_overwrite<std::uint8_t[]>(rowBytes_ + rowPadding)); // NOLINT
-        free_.push_back(memory_.back().get());
+        const std::size_t together = std::min(rowsTakenTogether, rows_.size());
+        const std::size_t room = rowBytes_ + rowPadding;
+        free_.reserve((memory_.size() + 1) * together); // so that dropping a row needs no memory
+        memory_.push_back(std::make_unique_for_overwrite<std::uint8_t[]>(room * together)); // NOLINT
+        takePages(memory_.back().get(), room * together);
+        for (std::size_t i = together; i-- > 0;) {
+            free_.push_back(memory_.back().get() + room * i);
+        }
     }
     std::uint8_t* const row = free_.back();
     free_.pop_back();
