@@ -2,7 +2,7 @@
 #pragma once
 
 #include "DrawnPictures.h"
-#include "JpegDocument.h"
+#include "JpegDocuments.h"
 #include "platform/graphics/BitmapContext.h"
 #include "platform/graphics/DrawnPictures.h"
 #include "platform/graphics/ImageFile.h"
@@ -91,7 +91,7 @@ inline Bitmap overlayOf(const Quad& quad, int side, bool glare) {
 }
 
 inline Scene makeScene(int side, Slant slant) {
-    static const Image photograph = imageFromBytes(jpegOf(photographLike({4000, 3000}))).value();
+    static const Image photograph = imageFromBytes(testing::jpegOf(photographLike({4000, 3000}))).value();
     static const SharedBitmap background = photograph.bitmap();
     static const auto screenshot = std::make_shared<const Bitmap>(screenshotLike({1290, 2796}));
     const Quad quad = quadOf(slant, side);

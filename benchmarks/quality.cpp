@@ -136,7 +136,7 @@ void judgeStretches() {
         judge("stretched", Image::fromBitmap(bitmap), size);
     }
     // Stretched out of its planes.
-    const Image photograph = imageFromBytes(jpegOf(bitmap)).value();
+    const Image photograph = imageFromBytes(testing::jpegOf(bitmap)).value();
     for (const Size size : {Size{266, 199}, Size{201, 152}, Size{144, 108}, Size{250, 103}}) {
         judge("planes stretched", photograph, size);
     }

@@ -1,14 +1,11 @@
 #include "platform/graphics/PlanarPicture.h"
 
-#include "DrawnPictures.h"
 #include "EveryTarget.h"
+#include "Photographs.h"
 #include "PictureComparison.h"
-#include "codecs/JpegDocuments.h"
 #include "codecs/TestPictures.h"
-#include "platform/graphics/BitmapContext.h"
 #include "platform/graphics/Cropping.h"
 #include "platform/graphics/DrawnPictures.h"
-#include "platform/graphics/ImageFile.h"
 #include "platform/graphics/Rasterizer.h"
 #include "platform/graphics/ReferenceRenderer.h"
 #include "platform/graphics/raster/PlanarStretch.h"
@@ -18,20 +15,6 @@
 
 namespace quillomat::testing {
 namespace {
-
-Image photograph(PixelSize size, const JpegKind& kind = {}) {
-    return imageFromBytes(jpegOf(photographLike(size), kind)).value();
-}
-
-Recording drawnOver(const Image& picture, PixelSize canvas, const Rect& rect) {
-    BitmapContext context({static_cast<double>(canvas.width), static_cast<double>(canvas.height)});
-    context.drawImage(picture, rect);
-    return context.recording();
-}
-
-Recording drawnOver(const Image& picture, PixelSize canvas) {
-    return drawnOver(picture, canvas, makeRect(0, 0, canvas.width, canvas.height));
-}
 
 std::shared_ptr<const PlanarPicture> planesDrawn(const Recording& recording, std::size_t draw = 0) {
     return withDecodedPictures(recording).draws()[draw].picture.source()->planes();
@@ -47,10 +30,10 @@ constexpr PictureTolerance asGoodAsPixels{.largest = 3, .noticeable = 1, .share 
 
 /// Drawn out of its planes the picture is what stretching its decoded pixels exactly would give.
 void expectPlanesAreAsGoodAsPixels(const Image& image, PixelSize canvas, const Rect& rect) {
-    const Recording recording = drawnOver(image, canvas, rect);
+    const Recording recording = backgroundOf(image, canvas, rect);
     ASSERT_NE(planesDrawn(recording), nullptr);
     const Bitmap drawn = rasterize(recording);
-    const Bitmap exact = renderReference(drawnOver(Image::fromBitmap(*image.bitmap()), canvas, rect));
+    const Bitmap exact = renderReference(backgroundOf(Image::fromBitmap(*image.bitmap()), canvas, rect));
     EXPECT_TRUE(picturesAgree(exact, drawn, asGoodAsPixels));
 }
 
@@ -100,9 +83,9 @@ TEST(PlanarPicture, reductionsAreThoseOfThePixels) {
             ASSERT_EQ(planes->size(), least);
             ASSERT_EQ(pixels->size(), least);
             const PixelSize canvas{least.width / 2, least.height / 2};
-            const Recording recording = drawnOver(picture, canvas);
+            const Recording recording = backgroundOf(picture, canvas);
             ASSERT_EQ(planesDrawn(recording)->size(), least);
-            const Bitmap exact = renderReference(drawnOver(Image::fromBitmap(pixels), canvas));
+            const Bitmap exact = renderReference(backgroundOf(Image::fromBitmap(pixels), canvas));
             EXPECT_TRUE(picturesAgree(exact, rasterize(recording), asGoodAsPixels));
         }
     }
@@ -111,14 +94,14 @@ TEST(PlanarPicture, reductionsAreThoseOfThePixels) {
 TEST(PlanarPicture, anEighthOfHalvedChromaIsLeftToThePixels) {
     const Image picture = photograph({640, 480}, {.across = 2, .down = 1});
     EXPECT_EQ(picture.source()->planesOfAtLeast({0, 0, 640, 480}, {80, 60}), nullptr);
-    EXPECT_EQ(planesDrawn(drawnOver(picture, {40, 30})), nullptr);
-    EXPECT_NE(planesDrawn(drawnOver(photograph({640, 480}), {40, 30})), nullptr) << "chroma as large as luma then";
+    EXPECT_EQ(planesDrawn(backgroundOf(picture, {40, 30})), nullptr);
+    EXPECT_NE(planesDrawn(backgroundOf(photograph({640, 480}), {40, 30})), nullptr) << "chroma as large as luma then";
 }
 
 TEST(PlanarPicture, anyPartOfARowIsThatOfTheWholeRow) {
     const Image picture = photograph({333, 251});
     const PixelSize canvas{200, 150};
-    const Recording recording = drawnOver(picture, canvas);
+    const Recording recording = backgroundOf(picture, canvas);
     raster::SamplerScratch scratch;
     onEveryTarget([&](const char* target) {
         const raster::PlanarSampler sampler(planesDrawn(recording), recording.draws().front(), {0, 0, 200, 150},
@@ -173,9 +156,9 @@ Bytes profileOf(double gamma) {
 TEST(PlanarPicture, coloursOfAProfileAreConvertedAsPixels) {
     const Image wide = photograph({120, 90}, {.profile = profileOf(1.8)});
     EXPECT_EQ(planesOf(wide), nullptr);
-    const Recording recording = drawnOver(wide, {60, 45});
+    const Recording recording = backgroundOf(wide, {60, 45});
     EXPECT_EQ(planesDrawn(recording), nullptr);
-    EXPECT_EQ(rasterize(recording), rasterize(drawnOver(Image::fromBitmap(*wide.bitmap()), {60, 45})));
+    EXPECT_EQ(rasterize(recording), rasterize(backgroundOf(Image::fromBitmap(*wide.bitmap()), {60, 45})));
 }
 
 TEST(PlanarPicture, turnedPhotographsAreDecodedToPixels) {
@@ -193,16 +176,16 @@ TEST(PlanarPicture, turnedPhotographsAreDecodedToPixels) {
 TEST(PlanarPicture, onlyPicturesDrawnMuchSmallerAreDrawnOutOfPlanes) {
     const Image picture = photograph({300, 240});
     const auto isPlanar = [](const Recording& recording) { return planesDrawn(recording) != nullptr; };
-    EXPECT_TRUE(isPlanar(drawnOver(picture, {200, 160})));
-    EXPECT_FALSE(isPlanar(drawnOver(picture, {201, 160})));
-    EXPECT_FALSE(isPlanar(drawnOver(picture, {200, 161})));
-    EXPECT_FALSE(isPlanar(drawnOver(picture, {300, 240})));
-    EXPECT_FALSE(isPlanar(drawnOver(picture, {400, 300}, makeRect(0, 0, 200, 160)))) << "a larger canvas";
-    EXPECT_TRUE(isPlanar(drawnOver(croppedImage(picture, {1, 1, 299, 239}), {60, 48})));
-    EXPECT_FALSE(isPlanar(drawnOver(croppedImage(picture, {1, 1, 299, 239}), {30, 24})))
+    EXPECT_TRUE(isPlanar(backgroundOf(picture, {200, 160})));
+    EXPECT_FALSE(isPlanar(backgroundOf(picture, {201, 160})));
+    EXPECT_FALSE(isPlanar(backgroundOf(picture, {200, 161})));
+    EXPECT_FALSE(isPlanar(backgroundOf(picture, {300, 240})));
+    EXPECT_FALSE(isPlanar(backgroundOf(picture, {400, 300}, makeRect(0, 0, 200, 160)))) << "a larger canvas";
+    EXPECT_TRUE(isPlanar(backgroundOf(croppedImage(picture, {1, 1, 299, 239}), {60, 48})));
+    EXPECT_FALSE(isPlanar(backgroundOf(croppedImage(picture, {1, 1, 299, 239}), {30, 24})))
         << "cut where it cannot be reduced, and halved beforehand therefore";
     const auto changed = [&](auto change) {
-        LayerDraw draw = drawnOver(picture, {100, 80}).draws().front();
+        LayerDraw draw = backgroundOf(picture, {100, 80}).draws().front();
         change(draw);
         return recordingOf({100, 80}, draw);
     };
@@ -223,7 +206,7 @@ TEST(PlanarPicture, eachDrawDecidesForItself) {
     EXPECT_NE(planesDrawn(context.recording(), 0), nullptr);
     EXPECT_EQ(planesDrawn(context.recording(), 1), nullptr);
     EXPECT_EQ(planesDrawn(context.recording(), 2), planesDrawn(context.recording(), 0)) << "decoded once";
-    const Bitmap alone = rasterize(drawnOver(picture, {150, 120}));
+    const Bitmap alone = rasterize(backgroundOf(picture, {150, 120}));
     BitmapContext first({150, 120});
     first.drawImage(picture, makeRect(0, 0, 150, 120));
     first.drawImage(picture, makeRect(150, 0, 300, 240)); // beside the canvas
@@ -232,17 +215,17 @@ TEST(PlanarPicture, eachDrawDecidesForItself) {
 
 TEST(PlanarPicture, planesAreKeptWhileSomebodyHoldsThem) {
     const Image picture = photograph({320, 240});
-    const auto first = planesDrawn(drawnOver(picture, {150, 110}));
-    EXPECT_EQ(planesDrawn(drawnOver(picture, {170, 120})), first);
-    EXPECT_EQ(planesDrawn(drawnOver(croppedImage(picture, {0, 0, 320, 240}), {170, 120})), first);
-    EXPECT_NE(planesDrawn(drawnOver(croppedImage(picture, {0, 0, 300, 240}), {150, 120})), first);
-    EXPECT_NE(planesDrawn(drawnOver(picture, {80, 60})), first) << "a reduction";
+    const auto first = planesDrawn(backgroundOf(picture, {150, 110}));
+    EXPECT_EQ(planesDrawn(backgroundOf(picture, {170, 120})), first);
+    EXPECT_EQ(planesDrawn(backgroundOf(croppedImage(picture, {0, 0, 320, 240}), {170, 120})), first);
+    EXPECT_NE(planesDrawn(backgroundOf(croppedImage(picture, {0, 0, 300, 240}), {150, 120})), first);
+    EXPECT_NE(planesDrawn(backgroundOf(picture, {80, 60})), first) << "a reduction";
 }
 
 /// Whatever pixels of the picture somebody holds.
 TEST(PlanarPicture, whatIsDrawnDoesNotDependOnWhatIsHeld) {
     const Image picture = photograph({320, 240});
-    const Recording recording = drawnOver(picture, {150, 110});
+    const Recording recording = backgroundOf(picture, {150, 110});
     const Bitmap drawn = rasterize(recording);
     const SharedBitmap held = picture.bitmap();
     EXPECT_EQ(rasterize(recording), drawn);
@@ -259,7 +242,7 @@ TEST(PlanarPicture, damageIsReportedAsForPixels) {
         const std::string reason = decodeImage(damaged).reason();
         ASSERT_FALSE(reason.empty());
         const Image image = imageFromBytes(damaged).value();
-        const Recording recording = drawnOver(image, {150, 110});
+        const Recording recording = backgroundOf(image, {150, 110});
         EXPECT_EQ(planesDrawn(recording), nullptr);
         EXPECT_EQ(image.source()->failure(), reason);
         EXPECT_EQ(rasterize(recording), Bitmap({150, 110}));
@@ -288,7 +271,7 @@ TEST(PlanarPicture, columnsFarBesideThePartAreNotKept) {
         const Image picture = photograph({701, 120}, kind);
         for (const int left : {0, 1, 300, 301, 641}) {
             const Image part = croppedImage(picture, {left, 0, 60, 120});
-            const Recording recording = drawnOver(part, {31, 61});
+            const Recording recording = backgroundOf(part, {31, 61});
             EXPECT_LE(planesDrawn(recording)->layout().size.width, 60 + 6);
             const auto reader = planesOf(part);
             const auto wide = std::make_shared<PlanarPicture>(reader->layout());

@@ -1,12 +1,9 @@
 #include "platform/graphics/raster/StreamedPicture.h"
 
-#include "DrawnPictures.h"
-#include "codecs/JpegDocuments.h"
+#include "Photographs.h"
 #include "codecs/TestPictures.h"
-#include "platform/graphics/BitmapContext.h"
 #include "platform/graphics/Cropping.h"
 #include "platform/graphics/DrawnPictures.h"
-#include "platform/graphics/ImageFile.h"
 #include "platform/graphics/PngWriter.h"
 #include "platform/graphics/Rasterizer.h"
 
@@ -21,20 +18,6 @@
 
 namespace quillomat::testing {
 namespace {
-
-Image photograph(PixelSize size, const JpegKind& kind = {}) {
-    return imageFromBytes(jpegOf(photographLike(size), kind)).value();
-}
-
-Recording backgroundOf(const Image& picture, PixelSize canvas, const Rect& rect) {
-    BitmapContext context({static_cast<double>(canvas.width), static_cast<double>(canvas.height)});
-    context.drawImage(picture, rect);
-    return context.recording();
-}
-
-Recording backgroundOf(const Image& picture, PixelSize canvas) {
-    return backgroundOf(picture, canvas, makeRect(0, 0, canvas.width, canvas.height));
-}
 
 bool isStreamed(const Recording& recording) {
     const auto streams = withStreamedPictures(recording).streams;
