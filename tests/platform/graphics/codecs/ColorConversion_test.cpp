@@ -186,6 +186,16 @@ TEST_F(EmbeddedProfile, damagedProfilesAreIgnored) {
     }
 }
 
+TEST_F(EmbeddedProfile, aColorSpaceThatNobodyKnowsIsIgnored) {
+    constexpr std::size_t placeOfColorSpace = 16;
+    Bytes profile = readWhole(folder_ / "DisplayP3-v4.icc");
+    ASSERT_GT(profile.size(), placeOfColorSpace + 4);
+    std::fill_n(profile.begin() + placeOfColorSpace, 4, std::byte{0xff});
+    for (const ColorModel model : {ColorModel::gray, ColorModel::rgb, ColorModel::cmyk, ColorModel::invertedCmyk}) {
+        EXPECT_TRUE(ColorConversion::fromProfile(profile, model).isIdentity());
+    }
+}
+
 TEST_F(EmbeddedProfile, winsOverTheOtherColorChunksOfPng) {
     const PngChunk linear{"gAMA", bigEndian(100000)};
     const PngChunk profile = profileChunk(readWhole(folder_ / "DisplayP3-v4.icc"));
