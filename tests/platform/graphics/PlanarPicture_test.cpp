@@ -138,21 +138,6 @@ TEST(PlanarPicture, whatIsNotStoredInPlanesOrMustBeConvertedIsDecodedToPixels) {
     EXPECT_NE(planesOf(photograph({120, 90})), nullptr);
 }
 
-Bytes profileOf(double gamma) {
-    const cmsCIExyY white{0.3127, 0.3290, 1};
-    const cmsCIExyYTRIPLE primaries{{0.68, 0.32, 1}, {0.265, 0.69, 1}, {0.15, 0.06, 1}};
-    cmsToneCurve* curve = cmsBuildGamma(nullptr, gamma);
-    cmsToneCurve* const curves[3] = {curve, curve, curve};
-    cmsHPROFILE profile = cmsCreateRGBProfile(&white, &primaries, curves);
-    cmsUInt32Number length = 0;
-    EXPECT_TRUE(cmsSaveProfileToMem(profile, nullptr, &length));
-    Bytes bytes(length);
-    EXPECT_TRUE(cmsSaveProfileToMem(profile, bytes.data(), &length));
-    cmsCloseProfile(profile);
-    cmsFreeToneCurve(curve);
-    return bytes;
-}
-
 TEST(PlanarPicture, coloursOfAProfileAreConvertedAsPixels) {
     const Image wide = photograph({120, 90}, {.profile = profileOf(1.8)});
     EXPECT_EQ(planesOf(wide), nullptr);

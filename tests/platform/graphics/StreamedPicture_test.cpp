@@ -8,7 +8,6 @@
 #include "platform/graphics/Rasterizer.h"
 
 #include <gtest/gtest.h>
-#include <lcms2.h>
 
 #include <algorithm>
 #include <atomic>
@@ -141,18 +140,7 @@ TEST(StreamedPicture, everySamplingOfTheColoursHasTheBitsOfTheWholeOne) {
 }
 
 TEST(StreamedPicture, profilesAreApplied) {
-    const cmsCIExyY white{0.3127, 0.3290, 1};
-    const cmsCIExyYTRIPLE primaries{{0.68, 0.32, 1}, {0.265, 0.69, 1}, {0.15, 0.06, 1}};
-    cmsToneCurve* curve = cmsBuildGamma(nullptr, 1.8);
-    cmsToneCurve* const curves[3] = {curve, curve, curve};
-    cmsHPROFILE profile = cmsCreateRGBProfile(&white, &primaries, curves);
-    cmsUInt32Number length = 0;
-    ASSERT_TRUE(cmsSaveProfileToMem(profile, nullptr, &length));
-    Bytes bytes(length);
-    ASSERT_TRUE(cmsSaveProfileToMem(profile, bytes.data(), &length));
-    cmsCloseProfile(profile);
-    cmsFreeToneCurve(curve);
-    const Image wide = photograph({120, 90}, {.profile = bytes});
+    const Image wide = photograph({120, 90}, {.profile = profileOf(1.8)});
     EXPECT_NE(*wide.bitmap(), *photograph({120, 90}).bitmap());
     expectTheBitsOfTheWholePicture(backgroundOf(wide, {80, 70}));
     expectTheBitsOfTheWholePicture(backgroundOf(wide, {150, 140}));
