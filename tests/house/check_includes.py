@@ -15,7 +15,7 @@ ROOMS = [
     (r"CLI/.*", ["cli/"]),
     (r"curl/.*", ["platform/network/"]),
     (r"png\.h", ["platform/graphics/codecs/", "tests/platform/graphics/", "tests/support/", "tests/fuzz/", "benchmarks/"]),
-    (r"(jpeglib|jerror|turbojpeg)\.h", ["platform/graphics/codecs/", "tests/platform/graphics/", "benchmarks/"]),
+    (r"(jpeglib|jerror|turbojpeg)\.h", ["platform/graphics/codecs/", "tests/platform/graphics/", "tests/support/", "benchmarks/"]),
     (r"webp/.*", ["platform/graphics/codecs/", "tests/platform/graphics/"]),
     (r"libheif/.*", ["platform/graphics/codecs/", "tests/platform/graphics/"]),
     (r"libexif/.*", ["platform/graphics/codecs/", "tests/platform/graphics/"]),
