@@ -17,6 +17,37 @@ TEST(FilterTables, tablesOfAllWidthsKeepWithinTheMostTaps) {
     }
 }
 
+/// The variance of the taps' places under the column weights of all phases together, in twelfths of a squared sample,
+/// as a box of width s has s².
+double spreadOf(const ColumnTable& table) {
+    double sum = 0;
+    for (int phase = 0; phase < phases; ++phase) {
+        for (int tap = 0; tap < table.taps; ++tap) {
+            const double place = tap + 1 - table.taps / 2 - phase / static_cast<double>(phases);
+            sum += table.weight(phase, tap) * place * place;
+        }
+    }
+    return 12 * sum / (256.0 * phases);
+}
+
+TEST(FilterTables, spreadAsMuchAsTheBoxesAndTheTent) {
+    constexpr double tent = 2;
+    for (double wide = 0.5; wide <= 6; wide += 0.37) {
+        for (double narrow = 0; narrow <= wide; narrow += 0.23) {
+            // Widths are rounded to 32nds, weights to whole numbers.
+            const double expected = wide * wide + narrow * narrow + tent;
+            EXPECT_NEAR(spreadOf(columnTable(wide, narrow)), expected, wide / 24 + 0.05) << wide << ", " << narrow;
+        }
+    }
+}
+
+TEST(FilterTables, boxesOfNearlyTheSameProfileShareATable) {
+    EXPECT_EQ(&columnTable(2, 0.40), &columnTable(2, 0.42));
+    EXPECT_EQ(&rowTable(3, 0.9), &rowTable(3, 0.92));
+    EXPECT_NE(&columnTable(2, 0.5), &columnTable(2, 0.9));
+    EXPECT_NE(&columnTable(2, 0.5), &columnTable(2.1, 0.5));
+}
+
 void askForMany() {
     for (double wide = 0; wide <= widestBoxes; wide += 1.0 / 16) {
         for (double narrow = 0; narrow <= wide; narrow += 1.0 / 16) {
