@@ -41,6 +41,24 @@ Coverage::Coverage(const Polygon& polygon, PixelSize canvas, double opacity)
     top_ = static_cast<int>(std::floor(low));
     bottom_ = static_cast<int>(std::ceil(high));
     right_ = static_cast<int>(std::ceil(rightmost));
+    everyRow_ = rowOfWholePixels(polygon);
+}
+
+/// What most layers are, as large as the canvas: the same in every row.
+std::optional<CoverageRow> Coverage::rowOfWholePixels(const Polygon& polygon) const {
+    double leftmost = right_;
+    for (const Point& p : polygon) {
+        leftmost = std::min(leftmost, p.x);
+    }
+    const auto left = static_cast<int>(leftmost);
+    const auto isCorner = [&](const Point& p) {
+        return (p.x == left || p.x == right_) && (p.y == top_ || p.y == bottom_);
+    };
+    const double area = static_cast<double>(right_ - left) * (bottom_ - top_);
+    if (!std::all_of(polygon.begin(), polygon.end(), isCorner) || signedArea(polygon) != area) {
+        return std::nullopt;
+    }
+    return CoverageRow{left, right_, left, right_, quantised(1)};
 }
 
 std::uint8_t Coverage::quantised(double sum) const {
@@ -88,6 +106,9 @@ CoverageRow Coverage::row(int y, CoverageScratch& scratch) const {
     scratch.prepareFor(width_);
     if (y < top_ || y >= bottom_) {
         return {};
+    }
+    if (everyRow_) {
+        return *everyRow_;
     }
     std::vector<double>& cells = scratch.cells;
     const Touched left = accumulate(leftEdges_, y, cells);

@@ -4,6 +4,7 @@
 #include "platform/graphics/raster/ConvexPolygon.h"
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace quillomat::raster {
@@ -61,8 +62,10 @@ private:
     };
 
     [[nodiscard]] std::uint8_t quantised(double sum) const;
+    [[nodiscard]] std::optional<CoverageRow> rowOfWholePixels(const Polygon& polygon) const;
     [[nodiscard]] Touched accumulate(const std::vector<Edge>& edges, int y, std::vector<double>& cells) const;
 
+    std::optional<CoverageRow> everyRow_; // of a rectangle of whole pixels
     std::vector<Edge> leftEdges_;
     std::vector<Edge> rightEdges_;
     int top_ = 0;
