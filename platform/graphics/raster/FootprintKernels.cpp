@@ -268,41 +268,38 @@ HWY_INLINE void filterAtEdge(const Footprint& footprint, const Offsets<kSteady>&
 }
 
 template <int kBlocks, bool kSteady>
-HWY_INLINE void filterAllInside(const Footprint& footprint, const Offsets<kSteady>& offsets, int count,
+HWY_INLINE void filterRunInside(const Footprint& footprint, const Offsets<kSteady>& offsets, int from, int to,
                                 std::uint8_t* out) {
     // The commonest numbers of rows have loops of their own.
     if constexpr (kBlocks <= 2) {
         switch (footprint.rows->taps) {
         case 4:
-            return filterInside<kBlocks, 4>(footprint, offsets, 0, count, out);
+            return filterInside<kBlocks, 4>(footprint, offsets, from, to, out);
         case 6:
-            return filterInside<kBlocks, 6>(footprint, offsets, 0, count, out);
+            return filterInside<kBlocks, 6>(footprint, offsets, from, to, out);
         case 8:
-            return filterInside<kBlocks, 8>(footprint, offsets, 0, count, out);
+            return filterInside<kBlocks, 8>(footprint, offsets, from, to, out);
         case 10:
-            return filterInside<kBlocks, 10>(footprint, offsets, 0, count, out);
+            return filterInside<kBlocks, 10>(footprint, offsets, from, to, out);
         default:
             break;
         }
     }
-    filterInside<kBlocks, 0>(footprint, offsets, 0, count, out);
+    filterInside<kBlocks, 0>(footprint, offsets, from, to, out);
 }
 
 template <int kBlocks, bool kSteady, class Positions>
 HWY_INLINE void filterBlocks(const Footprint& footprint, const Positions& positions, int count, std::uint8_t* out) {
     Offsets<kSteady> offsets;
     findOffsets(footprint, positions, count, offsets);
-    if (offsets.allInside) {
-        return filterAllInside<kBlocks>(footprint, offsets, count, out);
-    }
     for (int from = 0; from < count;) {
-        const bool inside = liesInside(footprint, offsets, from);
-        int to = from + 1;
-        while (to < count && liesInside(footprint, offsets, to) == inside) {
+        const bool isInside = offsets.allInside || liesInside(footprint, offsets, from);
+        int to = offsets.allInside ? count : from + 1;
+        while (to < count && liesInside(footprint, offsets, to) == isInside) {
             ++to;
         }
-        if (inside) {
-            filterInside<kBlocks, 0>(footprint, offsets, from, to, out);
+        if (isInside) {
+            filterRunInside<kBlocks>(footprint, offsets, from, to, out);
         } else {
             for (int i = from; i < to; ++i) {
                 filterAtEdge<kBlocks>(footprint, offsets, i, out);

@@ -50,9 +50,8 @@ private:
         const auto at = hn::Iota(d, static_cast<float>(first_ + i));
         const auto bent = hn::Mul(hn::Set(d, axis.bend), at);
         const auto straight = hn::Mul(hn::Add(bent, hn::Set(d, axis.step)), at);
-        const auto raised = hn::Add(hn::Add(straight, hn::Set(d, axis.start)), hn::Set(d, farthestFromOrigin + 0.5F));
-        const auto origin = hn::Set(d32, axis.origin - static_cast<std::int32_t>(farthestFromOrigin));
-        return hn::Add(hn::ConvertTo(d32, raised), origin);
+        const auto rounded = hn::Add(hn::Add(straight, hn::Set(d, axis.start)), hn::Set(d, roundingFloat));
+        return hn::Add(hn::BitCast(d32, rounded), hn::Set(d32, axis.origin - bitsOfRoundingFloat));
     }
 
     const CurvedRow& row_;
@@ -198,19 +197,41 @@ public:
         const PixelView& picture = footprint.picture;
         for (int row = 0; row < footprint.rows->taps; ++row) {
             const auto y = static_cast<std::size_t>(std::clamp(offsets.firstRows[i] + row, 0, picture.height - 1));
+            const std::uint8_t* const line = picture.pixels + y * picture.stride;
             const int column = offsets.pixels[kSteady ? 0 : row][i] / 4;
-            for (int tap = 0; tap < kBlocks * 4; ++tap) {
-                const int x = std::clamp(column + tap, 0, picture.width - 1);
-                std::memcpy(taps_[row] + static_cast<std::ptrdiff_t>(tap) * 4,
-                            picture.pixels + y * picture.stride + static_cast<std::ptrdiff_t>(x) * 4, 4);
+            if (picture.width >= taps) {
+                copyTaps(line, picture.width, column, taps_[row]);
+            } else {
+                copyEachTap(line, picture.width, column, taps_[row]);
             }
         }
     }
 
-    [[nodiscard]] HWY_INLINE const std::uint8_t* pixels(int, int row) const { return taps_[row]; }
+    [[nodiscard]] HWY_INLINE const std::uint8_t* pixels(int, int row) const { return taps_[row] + bytes; }
 
 private:
-    alignas(64) std::uint8_t taps_[mostTaps][kBlocks * 16];
+    static constexpr int taps = kBlocks * 4;
+    static constexpr std::ptrdiff_t bytes = taps * 4;
+
+    /// The nearest pixel in every place, and over it those that are there, shifted to theirs.
+    static HWY_INLINE void copyTaps(const std::uint8_t* line, int width, int column, std::uint8_t* row) {
+        const int inside = std::clamp(column, 0, width - taps);
+        const int shift = std::clamp(inside - column, -taps, taps);
+        const std::uint8_t* const nearest = line + std::ptrdiff_t{4} * (shift > 0 ? 0 : width - 1);
+        for (int tap = 0; tap < taps; ++tap) {
+            std::memcpy(row + bytes + std::ptrdiff_t{4} * tap, nearest, 4);
+        }
+        std::memcpy(row + bytes + std::ptrdiff_t{4} * shift, line + std::ptrdiff_t{4} * inside, bytes);
+    }
+    static HWY_INLINE void copyEachTap(const std::uint8_t* line, int width, int column, std::uint8_t* row) {
+        for (int tap = 0; tap < taps; ++tap) {
+            const int x = std::clamp(column + tap, 0, width - 1);
+            std::memcpy(row + bytes + std::ptrdiff_t{4} * tap, line + std::ptrdiff_t{4} * x, 4);
+        }
+    }
+
+    // With room on both sides for what a shift leaves over.
+    alignas(64) std::uint8_t taps_[mostTaps][3 * bytes];
 };
 
 /// Fetches the lines that canvas rows further down will read.

@@ -99,6 +99,10 @@ struct CurvedRow {
 };
 /// Positions lie less than this from their origin.
 constexpr float farthestFromOrigin = 1 << 18;
+/// 1.5 x 2^23: added to a number that small it rounds it to the nearest whole one, by which the sum's bits are more
+/// than its own.
+constexpr float roundingFloat = 12582912;
+constexpr std::int32_t bitsOfRoundingFloat = 0x4B400000;
 
 /// The sum of weights whose products with bytes are added up in 16 bits.
 constexpr int mixedWhole = 112;

@@ -1,6 +1,7 @@
 #include "platform/graphics/raster/Kernels.h"
 
 #include <algorithm>
+#include <bit>
 
 namespace quillomat::raster {
 
@@ -26,9 +27,8 @@ std::int32_t positionAlong(const CurvedRow::Axis& axis, int i) {
     const auto at = static_cast<float>(i);
     const float bent = axis.bend * at;
     const float along = (bent + axis.step) * at;
-    // Made positive before it is cut to a whole number, which therefore rounds to the nearest.
-    const float raised = (along + axis.start) + (farthestFromOrigin + 0.5F);
-    return static_cast<std::int32_t>(raised) - static_cast<std::int32_t>(farthestFromOrigin) + axis.origin;
+    const float rounded = (along + axis.start) + roundingFloat;
+    return std::bit_cast<std::int32_t>(rounded) - bitsOfRoundingFloat + axis.origin;
 }
 
 /// Where a footprint's rows begin, and at which phases.
