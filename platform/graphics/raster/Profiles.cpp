@@ -51,12 +51,4 @@ double boxBoxTent(double t, double width, double otherWidth) {
            (width * otherWidth);
 }
 
-double keysCubic(double t) {
-    const double x = std::abs(t);
-    if (x < 1) {
-        return (1.5 * x - 2.5) * x * x + 1;
-    }
-    return x < 2 ? ((-0.5 * x + 2.5) * x - 4) * x + 2 : 0;
-}
-
 } // namespace quillomat::raster

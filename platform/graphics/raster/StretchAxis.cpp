@@ -11,12 +11,6 @@ namespace {
 
 constexpr double widestStretch = 8;
 
-/// std::floor, which processors without an instruction for it take long over.
-int wholeBelow(double value) {
-    const auto cut = static_cast<int>(value);
-    return value < cut ? cut - 1 : cut;
-}
-
 /// Rounds weights to integers of that sum by rounding what they come to so far: an edge, which is where errors are
 /// seen, errs by half a step of a weight at most, wherever it lies.
 template <typename Weight> void quantiseLine(const std::vector<double>& weights, int whole, Weight* out) {
@@ -24,11 +18,13 @@ template <typename Weight> void quantiseLine(const std::vector<double>& weights,
     for (const double weight : weights) {
         sum += weight;
     }
-    double exact = 0;
-    int rounded = 0;
+    const double scale = whole / sum;
+    // Far enough above zero to be rounded by cutting: overshoots come to less than the whole.
+    double exact = whole + 0.5;
+    int rounded = whole;
     for (std::size_t i = 0; i < weights.size(); ++i) {
-        exact += weights[i] / sum * whole;
-        const int next = wholeBelow(exact + 0.5);
+        exact += weights[i] * scale;
+        const auto next = static_cast<int>(exact);
         out[i] = static_cast<Weight>(next - rounded);
         rounded = next;
     }
@@ -81,15 +77,24 @@ double StretchAxis::reach() const {
     return filter_ == PictureFilter::smooth ? 2 * std::max(1.0, width()) : width() / 2 + 1;
 }
 
-double StretchAxis::weight(double t, double width) const {
-    return filter_ == PictureFilter::smooth ? keysCubic(t / std::max(1.0, width)) : boxTent(t, width);
+/// The filter's profile at `count` neighbouring samples, the first of which lies `t` from its middle.
+void StretchAxis::writeShares(double t, int count, double* shares) const {
+    if (filter_ == PictureFilter::smooth) {
+        const double perSample = 1 / std::max(1.0, width());
+        for (int i = 0; i < count; ++i) {
+            shares[i] = keysCubic((t + i) * perSample);
+        }
+    } else {
+        for (int i = 0; i < count; ++i) {
+            shares[i] = boxTent(t + i, width());
+        }
+    }
 }
 
 template <typename Weight>
 AxisTable<Weight> StretchAxis::table(int from, int to, int pixels, const PlaneAxis& plane,
                                      const TableForm& form) const {
     const double spread = reach();
-    const double sampleWidth = width();
     AxisTable<Weight> result;
     result.start = from;
     const int needed = std::min(plane.samples, samplesOf(static_cast<int>(std::ceil(2 * spread)), plane));
@@ -98,27 +103,32 @@ AxisTable<Weight> StretchAxis::table(int from, int to, int pixels, const PlaneAx
     const auto count = static_cast<std::size_t>(to - from);
     result.first.resize(count);
     result.weights.resize(count * static_cast<std::size_t>(result.taps));
-    std::vector<double> weights(static_cast<std::size_t>(result.taps));
+    const auto taps = static_cast<std::size_t>(result.taps);
+    std::vector<double> weights(taps);
+    std::vector<double> shares(static_cast<std::size_t>(2 * spread) + 2);
     for (int at = from; at < to; ++at) {
         const double center = (at + 0.5 - origin_) / scale_ / factor() - 0.5;
         const double bounded = std::clamp(center, -spread - 1, pixels + spread + 1);
         const int lowest = static_cast<int>(std::floor(bounded - spread)) + 1;
         const int highest = static_cast<int>(std::ceil(bounded + spread)) - 1;
+        const int reached = highest + 1 - lowest;
+        writeShares(lowest - bounded, reached, shares.data());
         const int lowestSample = sharesOf(std::clamp(lowest, 0, pixels - 1), plane).lowest();
         const int first = std::clamp(lowestSample, 0, std::max(0, plane.samples - result.taps));
         std::fill(weights.begin(), weights.end(), 0.0);
         const auto add = [&](int sample, double weight) {
             weights[static_cast<std::size_t>(std::clamp(sample - first, 0, result.taps - 1))] += weight;
         };
-        for (int pixel = lowest; pixel <= highest; ++pixel) {
-            const double share = weight(pixel - bounded, sampleWidth);
-            const PixelShares shares = sharesOf(std::clamp(pixel, 0, pixels - 1), plane);
-            add(shares.nearest, share * shares.ofNearest);
-            add(shares.other, share * (1 - shares.ofNearest));
+        for (int i = 0; i < reached; ++i) {
+            const double share = shares[static_cast<std::size_t>(i)];
+            const PixelShares samples = sharesOf(std::clamp(lowest + i, 0, pixels - 1), plane);
+            add(samples.nearest, share * samples.ofNearest);
+            if (samples.ofNearest < 1) {
+                add(samples.other, share * (1 - samples.ofNearest));
+            }
         }
         result.first[result.index(at)] = first;
-        quantiseLine(weights, form.sum,
-                     result.weights.data() + result.index(at) * static_cast<std::size_t>(result.taps));
+        quantiseLine(weights, form.sum, result.weights.data() + result.index(at) * taps);
     }
     return result;
 }

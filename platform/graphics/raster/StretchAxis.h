@@ -78,7 +78,7 @@ private:
     [[nodiscard]] double factor() const { return 1 << level_; }
     [[nodiscard]] double width() const;
     [[nodiscard]] double reach() const;
-    [[nodiscard]] double weight(double t, double width) const;
+    void writeShares(double t, int count, double* shares) const;
 
     double origin_ = 0;
     double scale_ = 1;
