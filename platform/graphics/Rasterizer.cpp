@@ -5,11 +5,41 @@
 #include "platform/graphics/raster/LayerStack.h"
 
 #include <cassert>
+#include <memory>
+#include <mutex>
+#include <utility>
 #include <vector>
 
 namespace quillomat {
 
+namespace {
+
+/// Working memory that threads use in turn, so that what one band found serves the next.
+class ScratchPool {
+public:
+    [[nodiscard]] std::unique_ptr<raster::LayerScratch> take() {
+        const std::scoped_lock lock(mutex_);
+        if (free_.empty()) {
+            return std::make_unique<raster::LayerScratch>();
+        }
+        auto scratch = std::move(free_.back());
+        free_.pop_back();
+        return scratch;
+    }
+    void giveBack(std::unique_ptr<raster::LayerScratch> scratch) {
+        const std::scoped_lock lock(mutex_);
+        free_.push_back(std::move(scratch));
+    }
+
+private:
+    std::mutex mutex_;
+    std::vector<std::unique_ptr<raster::LayerScratch>> free_;
+};
+
+} // namespace
+
 struct Rasterizer::Plan {
+    ScratchPool scratches;
     std::vector<std::shared_ptr<raster::StreamedPicture>> streams; // which the layers draw from
     raster::LayerStack layers;
 };
@@ -44,8 +74,9 @@ void Rasterizer::rows(int first, int count, std::span<std::uint8_t> out) const {
         return;
     }
     const raster::ClaimedRows claimed(plan_->streams, first, count);
-    raster::LayerScratch scratch;
-    plan_->layers.drawRows(first, count, {0, canvas.width}, out.data(), scratch);
+    auto scratch = plan_->scratches.take();
+    plan_->layers.drawRows(first, count, {0, canvas.width}, out.data(), *scratch);
+    plan_->scratches.giveBack(std::move(scratch));
 }
 
 bool Rasterizer::finish() const {
