@@ -103,10 +103,23 @@ private:
     }
 };
 
-/// How much there is to do before the source has pixels; 0 for nothing. Recordings come first: they decode pictures and
-/// draw, too.
-std::uint64_t workOf(const ImageSource& source) {
-    return source.recording() != nullptr ? std::numeric_limits<std::uint64_t>::max() : source.encodedLength();
+bool needsDecoding(const ImageSource& source) {
+    return source.recording() != nullptr || source.encodedLength() > 0;
+}
+
+/// How long a picture keeps a thread before anything is drawn, in pixels to decode: they tell better than the
+/// document's length, as frames are large and empty. Of a picture that is decoded while it is drawn it is what has room
+/// to be kept until then. Recordings come first: they decode pictures and draw, too.
+double workBeforeDrawing(const Wanted& wanted, PixelSize canvas) {
+    const ImageSource& source = *wanted.source();
+    if (source.recording() != nullptr) {
+        return std::numeric_limits<double>::infinity();
+    }
+    const auto pixels = static_cast<double>(source.pixelSize().area());
+    const bool becomesRuns = wanted.isUnscaled && !source.mayBeInPlanes();
+    const bool isLeftForLater = wanted.mayStream && !becomesRuns && wanted.draws.front()->map.isAffine();
+    const double kept = static_cast<double>(raster::bytesKeptAhead) / 4 / static_cast<double>(canvas.area());
+    return isLeftForLater ? pixels * std::min(kept, 1.0) : pixels;
 }
 
 /// Every picture that has no pixels yet, once, and which it is by its source; twice, where some draws want its planes
@@ -118,7 +131,7 @@ struct WantedPictures {
 
     WantedPictures(const Recording& recording, bool mayStream) {
         for (const LayerDraw& draw : recording.draws()) {
-            if (draw.picture && workOf(*draw.picture.source()) > 0) {
+            if (draw.picture && needsDecoding(*draw.picture.source())) {
                 add(draw, mayStream);
             }
         }
@@ -158,8 +171,9 @@ void decode(std::vector<Wanted>& pictures, PixelSize canvas, int threads) {
     for (Wanted& picture : pictures) {
         order.push_back(&picture);
     }
-    std::stable_sort(order.begin(), order.end(),
-                     [](const Wanted* a, const Wanted* b) { return workOf(*a->source()) > workOf(*b->source()); });
+    std::stable_sort(order.begin(), order.end(), [canvas](const Wanted* a, const Wanted* b) {
+        return workBeforeDrawing(*a, canvas) > workBeforeDrawing(*b, canvas);
+    });
     std::atomic<std::size_t> next = 0;
     std::atomic<std::size_t> decoded = 0;
     std::atomic<bool> areAllDecoded = false;

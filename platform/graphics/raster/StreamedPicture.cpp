@@ -16,8 +16,6 @@ namespace quillomat::raster {
 
 namespace {
 
-// What may be kept for later: enough for one thread to go on decoding while others draw, and little beside the program.
-constexpr std::size_t bytesAhead = std::size_t{4} << 20;
 // Decoded between two looks at what others want.
 constexpr int rowsTogether = 16;
 // Memory is taken for so many rows at once.
@@ -239,7 +237,7 @@ RowRange StreamedPicture::keptFor(int y) const {
 
 template <typename IsEnough>
 void StreamedPicture::makeAhead(std::unique_lock<std::mutex>& lock, const IsEnough& isEnough) {
-    while (!isEnough() && !isMaking_ && made_ < keptCount() && kept_.bytes() < bytesAhead) {
+    while (!isEnough() && !isMaking_ && made_ < keptCount() && kept_.bytes() < bytesKeptAhead) {
         makeRows(lock, std::min(keptCount() - made_, rowsTogether));
     }
 }

@@ -60,6 +60,10 @@ public:
     [[nodiscard]] virtual bool finish() = 0;
 };
 
+/// What may be kept for later: enough for one thread to go on decoding while others draw, and little beside the
+/// program.
+constexpr std::size_t bytesKeptAhead = std::size_t{4} << 20;
+
 /// Thread-safe. Each canvas row is drawn once.
 class StreamedPicture {
 public:

@@ -137,6 +137,53 @@ TEST(DrawnPictures, aDamagedOverlaySaysWhy) {
     EXPECT_EQ(image.source()->failure(), "truncated PNG");
 }
 
+/// Has no pixels, and notes when it is asked for some.
+class NotingSource final : public ImageSource {
+public:
+    NotingSource(PixelSize size, std::string name, bool mayBeInPlanes, std::vector<std::string>& asked)
+        : size_(size), name_(std::move(name)), mayBeInPlanes_(mayBeInPlanes), asked_(asked) {}
+
+    [[nodiscard]] PixelSize pixelSize() const override { return size_; }
+    [[nodiscard]] bool isKnownOpaque() const override { return false; }
+    [[nodiscard]] SharedBitmap bitmap() const override {
+        asked_.push_back(name_);
+        return nullptr;
+    }
+    [[nodiscard]] bool mayBeInPlanes() const override { return mayBeInPlanes_; }
+    [[nodiscard]] std::uint64_t encodedLength() const override { return 1; }
+
+private:
+    PixelSize size_;
+    std::string name_;
+    bool mayBeInPlanes_;
+    std::vector<std::string>& asked_;
+};
+
+/// The order in which a background, a frame and a screenshot are decoded for a canvas of that side.
+std::vector<std::string> decodingOrder(int side) {
+    std::vector<std::string> asked;
+    const auto source = [&](PixelSize size, const char* name, bool mayBeInPlanes) {
+        return Image(std::make_shared<NotingSource>(size, name, mayBeInPlanes, asked));
+    };
+    const double length = side;
+    const Rect canvas{{0, 0}, {length, length}};
+    Recording recording(PixelSize{side, side});
+    recording.add(drawOver(source({3000, 3000}, "background", true), canvas));
+    LayerDraw screen = drawOver(source({1290, 2796}, "screenshot", false), {{0, 0}, {100, 200}});
+    screen.map.m[2] = 0.001;
+    recording.add(screen);
+    recording.add(drawOver(source({side, side}, "frame", false), canvas));
+    (void)withStreamedPictures(recording, 1);
+    return asked;
+}
+
+TEST(DrawnPictures, whatKeepsThreadsLongestBeforeDrawingIsDecodedFirst) {
+    using Names = std::vector<std::string>;
+    EXPECT_EQ(decodingOrder(1080), (Names{"background", "screenshot", "frame"})) << "most of it has room to be kept";
+    EXPECT_EQ(decodingOrder(2000), (Names{"frame", "screenshot", "background"})) << "little has";
+    EXPECT_EQ(decodingOrder(3000), (Names{"frame", "screenshot", "background"})) << "nor does it where it is copied";
+}
+
 TEST(DrawnPictures, wholePictureIsStillThereAfterAReduction) {
     const Image image = picture(photograph());
     const SharedBitmap reduced = image.source()->bitmapOfAtLeast({10, 10});
