@@ -162,7 +162,7 @@ std::unique_ptr<const OwnedRows> makeRows(const WidthPair& widths, int taps) {
     const SampledProfile profile(widths);
     owned->table.taps = taps;
     const int inLine = owned->table.line();
-    owned->lines.resize(static_cast<std::size_t>(phases * inLine));
+    owned->lines.resize(static_cast<std::size_t>(phases * inLine + beyondRowLines));
     owned->table.lines = owned->lines.data();
     for (int phase = 0; phase < phases; ++phase) {
         writeLine(profile, phase, taps, 32768, 32767,

@@ -36,10 +36,11 @@ struct RowTable {
     int taps = 2; // even, up to 16
     const std::int16_t* lines = nullptr;
 
-    /// A line has 8 or 16 numbers; what follows the taps is 0.
-    [[nodiscard]] int line() const { return taps <= 8 ? 8 : 16; }
+    /// A line has 4, 8 or 16 numbers; what follows the taps is 0.
+    [[nodiscard]] int line() const { return taps <= 4 ? 4 : taps <= 8 ? 8 : 16; }
     [[nodiscard]] std::int16_t weight(int phase, int tap) const { return lines[phase * line() + tap]; }
 };
+constexpr int beyondRowLines = 4; // numbers that may be read behind the last line
 
 /// What canvas rows to come will read, to be fetched from memory meanwhile: rows of the picture, counted from the first
 /// that a footprint reads, at every so many canvas pixels.
