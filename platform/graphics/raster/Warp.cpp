@@ -20,6 +20,8 @@ constexpr int mostRowsTogether = 8;
 constexpr double farthestPlain = 1 << 28;
 // In columns; a phase less than the tables hold, as positions are rounded.
 constexpr double farthestSteady = 0.49;
+// Footprints of four rows have tables of their own for each shear: finer steps leave the caches, and no trace.
+constexpr int smallShear = 2 * steadyShear;
 constexpr double pixelsInCacheLine = 16;
 constexpr int mostRowsFetched = 8;
 // A segment's rows, some hundreds, then lie within 2^31 bytes.
@@ -180,11 +182,11 @@ private:
         const double farthest = std::abs(columnsPerRow) * (footprint.rows->taps - 1) / 2;
         footprint.isSteady = footprint.picture.width <= widestSteady && farthest <= farthestSteady &&
                              columns.a + columns.b + 2 * farthest <= widestBoxes;
-        const int unit = footprint.isSteady ? steadyShear : 1;
-        footprint.shear = unit * static_cast<std::int32_t>(std::lround(columnsPerRow * shearOne / unit));
         footprint.columns = &columnTable(columns.a, columns.b, footprint.isSteady ? farthest : 0);
-        footprint.ahead = fetchedAhead(footprint.rows->taps, step.rightU / factorU, step.downV / factorV);
         const bool isSmall = footprint.isSteady && footprint.rows->taps == 4 && footprint.columns->taps == 4;
+        const int unit = isSmall ? smallShear : footprint.isSteady ? steadyShear : 1;
+        footprint.shear = unit * static_cast<std::int32_t>(std::lround(columnsPerRow * shearOne / unit));
+        footprint.ahead = fetchedAhead(footprint.rows->taps, step.rightU / factorU, step.downV / factorV);
         footprint.steadyLines = isSmall ? steadyLines(*footprint.columns, footprint.shear / steadyShear) : nullptr;
     }
 
