@@ -100,8 +100,8 @@ struct CurvedRow {
 };
 /// Positions lie less than this from their origin.
 constexpr float farthestFromOrigin = 1 << 18;
-/// 1.5 x 2^23: added to a number that small it rounds it to the nearest whole one, by which the sum's bits are more
-/// than its own.
+/// 1.5 x 2^23, from where on floats are whole numbers: added to a position it rounds that to the nearest one, and the
+/// sum's bits are these and as many more.
 constexpr float roundingFloat = 12582912;
 constexpr std::int32_t bitsOfRoundingFloat = 0x4B400000;
 
