@@ -7,9 +7,6 @@
 #include "platform/graphics/BitmapContext.h"
 #include "platform/graphics/ImageFile.h"
 
-#include <gtest/gtest.h>
-#include <lcms2.h>
-
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -29,22 +26,6 @@ inline std::vector<Image> photographInEachOrientation() {
             imageFromBytes(readWhole(folder / ("Landscape_" + std::to_string(orientation) + ".jpg"))).value());
     }
     return images;
-}
-
-/// Of a space wider than sRGB.
-inline Bytes profileOf(double gamma) {
-    const cmsCIExyY white{0.3127, 0.3290, 1};
-    const cmsCIExyYTRIPLE primaries{{0.68, 0.32, 1}, {0.265, 0.69, 1}, {0.15, 0.06, 1}};
-    cmsToneCurve* curve = cmsBuildGamma(nullptr, gamma);
-    cmsToneCurve* const curves[3] = {curve, curve, curve};
-    cmsHPROFILE profile = cmsCreateRGBProfile(&white, &primaries, curves);
-    cmsUInt32Number length = 0;
-    EXPECT_TRUE(cmsSaveProfileToMem(profile, nullptr, &length));
-    Bytes bytes(length);
-    EXPECT_TRUE(cmsSaveProfileToMem(profile, bytes.data(), &length));
-    cmsCloseProfile(profile);
-    cmsFreeToneCurve(curve);
-    return bytes;
 }
 
 inline Recording backgroundOf(const Image& picture, PixelSize canvas, const Rect& rect) {

@@ -3,6 +3,7 @@
 #include "EveryTarget.h"
 #include "Photographs.h"
 #include "PictureComparison.h"
+#include "codecs/ColorProfiles.h"
 #include "codecs/TestPictures.h"
 #include "platform/graphics/Cropping.h"
 #include "platform/graphics/DrawnPictures.h"
@@ -11,7 +12,6 @@
 #include "platform/graphics/raster/PlanarStretch.h"
 
 #include <gtest/gtest.h>
-#include <lcms2.h>
 
 namespace quillomat::testing {
 namespace {

@@ -1,6 +1,7 @@
 #include "platform/graphics/raster/StreamedPicture.h"
 
 #include "Photographs.h"
+#include "codecs/ColorProfiles.h"
 #include "codecs/TestPictures.h"
 #include "platform/graphics/Cropping.h"
 #include "platform/graphics/DrawnPictures.h"

@@ -1,10 +1,9 @@
+#include "ColorProfiles.h"
 #include "DrawnPictures.h"
 #include "JpegDocuments.h"
 #include "TestPictures.h"
 #include "platform/graphics/Cropping.h"
 #include "platform/graphics/codecs/ColorConversion.h"
-
-#include <lcms2.h>
 
 #include <cmath>
 #include <csetjmp>
@@ -231,13 +230,8 @@ Bytes profileOfBlackInkAlone() {
         nullptr, 0);
     cmsPipelineInsertStage(pipeline, cmsAT_END, table);
     EXPECT_TRUE(cmsWriteTag(profile, cmsSigAToB0Tag, pipeline));
-    cmsUInt32Number size = 0;
-    EXPECT_TRUE(cmsSaveProfileToMem(profile, nullptr, &size));
-    Bytes bytes(size);
-    EXPECT_TRUE(cmsSaveProfileToMem(profile, bytes.data(), &size));
     cmsPipelineFree(pipeline);
-    cmsCloseProfile(profile);
-    return bytes;
+    return documentOf(profile);
 }
 
 TEST(JpegReader, inksWithAProfileArePrintedByIt) {
