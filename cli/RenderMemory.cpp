@@ -23,12 +23,12 @@ constexpr std::uint64_t rowsOfWriter = std::uint64_t{16} * 4;
 // glares a byte for each pixel that is light.
 constexpr std::uint64_t runBytesPerDocumentByte = 18;
 constexpr std::uint64_t runBytesPerRow = 96;
-constexpr std::uint64_t runPieceBytes = mebibyte;
+constexpr std::uint64_t runPieceBytes = 2 * mebibyte;
 // A side that is shrunk more than this many times is halved beforehand, and the halves together are as large as the
 // whole. The rasteriser begins at 8 or more; a screen in perspective is shrunk more at its far edge.
 constexpr int shrunkWithoutHalving = 6;
 // A background that is decoded as it is drawn: what lies ahead, and what each thread's band looks at.
-constexpr std::uint64_t rowsAheadBytes = 5 * mebibyte;
+constexpr std::uint64_t rowsAheadBytes = 6 * mebibyte;
 constexpr std::uint64_t rowsOfBandBytes = 3 * mebibyte;
 constexpr std::uint64_t rowsOfSmallestFileBandBytes = 9 * mebibyte;
 // Where its planes are stretched, rows of those under way: as many as a canvas row may take, and those decoded

@@ -115,10 +115,7 @@ Result<Bytes> SystemFileManager::read(const std::string& path, std::uint64_t lim
         return tooLarge;
     }
     // Files of the system's own making say 0 and hold more, and a log grows meanwhile: the end is where it is read.
-    Bytes bytes;
-    bytes.reserve(size + 1);
-    takePages(bytes.data(), bytes.capacity());
-    bytes.resize(size + 1);
+    Bytes bytes(size + 1);
     std::size_t filled = 0;
     while (true) {
         const auto count = readUpTo((*file)->descriptor, std::span(bytes).subspan(filled));

@@ -1,6 +1,7 @@
 // Files as the application sees them: whole reads, whole writes, flat directories.
 #pragma once
 
+#include "platform/foundation/Bytes.h"
 #include "platform/foundation/Result.h"
 
 #include <cstddef>
@@ -14,8 +15,6 @@
 #include <vector>
 
 namespace quillomat {
-
-using Bytes = std::vector<std::byte>;
 
 /// Paths are UTF-8 byte strings. Every operation reports its failure in one line and changes nothing when it fails.
 class FileManager {

@@ -1,16 +1,41 @@
-// How the system hands out memory: asking it ahead costs a fraction of what every first touch of a page does.
+// Memory in large pages: a fraction of what the first touch of every small one costs.
 #pragma once
 
 #include <cstddef>
+#include <limits>
+#include <new>
 
 namespace quillomat {
 
-/// Asks for large pages where whole ones lie inside the memory, which nobody has touched yet: the system then hands it
-/// out several times faster.
-void preferLargePages(void* data, std::size_t size);
+/// Whether so much memory should lie in large pages of its own, which the system hands out several times faster: not
+/// where most of a page would be wasted, nor where a sanitizer should see each block's ends.
+[[nodiscard]] bool isForLargePages(std::size_t size);
+/// Such memory, zeroed. Throws `std::bad_alloc` where there is not that much.
+[[nodiscard]] void* takeLargePages(std::size_t size);
+void giveBackLargePages(void* data, std::size_t size);
 
-/// Has the whole pages inside the memory handed out at once. For memory that will be written from end to end: it counts
-/// as used from now on. What lies on them stays as it is.
-void takePages(void* data, std::size_t size);
+/// Gives a container large pages where it is large.
+template <typename T> struct PageAllocator {
+    using value_type = T;
+
+    PageAllocator() = default;
+    template <typename U> constexpr PageAllocator(const PageAllocator<U>& /*other*/) noexcept {} // NOLINT: implicit
+
+    [[nodiscard]] T* allocate(std::size_t count) {
+        if (count > std::numeric_limits<std::size_t>::max() / sizeof(T)) {
+            throw std::bad_alloc();
+        }
+        const std::size_t size = count * sizeof(T);
+        return static_cast<T*>(isForLargePages(size) ? takeLargePages(size) : ::operator new(size));
+    }
+    void deallocate(T* data, std::size_t count) noexcept {
+        if (isForLargePages(count * sizeof(T))) {
+            giveBackLargePages(data, count * sizeof(T));
+        } else {
+            ::operator delete(data);
+        }
+    }
+    friend bool operator==(const PageAllocator& /*a*/, const PageAllocator& /*b*/) { return true; }
+};
 
 } // namespace quillomat

@@ -20,11 +20,14 @@ PixelMemory::PixelMemory(std::size_t size) : size_(size) {
         return;
     }
     // Unlike a vector's, the zeros of a large block are the system's own, made when a page is first touched.
+    if (isForLargePages(size)) {
+        data_ = {static_cast<std::uint8_t*>(takeLargePages(size)), Free{size}};
+        return;
+    }
     data_.reset(static_cast<std::uint8_t*>(std::calloc(size, 1))); // NOLINT(cppcoreguidelines-no-malloc)
     if (!data_) {
         throw std::bad_alloc();
     }
-    preferLargePages(data_.get(), size);
 }
 
 PixelMemory::PixelMemory(const PixelMemory& other) : PixelMemory(other.size_) {
@@ -34,6 +37,10 @@ PixelMemory::PixelMemory(const PixelMemory& other) : PixelMemory(other.size_) {
 }
 
 void PixelMemory::Free::operator()(std::uint8_t* data) const {
+    if (pagesOf > 0) {
+        giveBackLargePages(data, pagesOf);
+        return;
+    }
     std::free(data); // NOLINT(cppcoreguidelines-no-malloc)
 }
 

@@ -50,10 +50,12 @@ public:
 
 private:
     struct Free {
+        std::size_t pagesOf = 0; // bytes asked for, where they are in large pages of their own
         void operator()(std::uint8_t* data) const;
     };
     std::size_t size_ = 0;
-    std::unique_ptr<std::uint8_t[], Free> data_; // NOLINT(cppcoreguidelines-avoid-c-arrays): memory from calloc
+    // NOLINTNEXTLINE(cppcoreguidelines-avoid-c-arrays): memory from calloc
+    std::unique_ptr<std::uint8_t[], Free> data_{nullptr, Free{}};
 };
 
 /// Mutable while its maker fills it, shared as `shared_ptr<const Bitmap>` ever after. Rows are packed: stride is four

@@ -78,7 +78,7 @@ std::optional<LastBlock> findLastBlock(std::span<const std::byte> deflated) {
 }
 
 /// Makes a complete stream one that goes on: without the mark of its last block, up to a whole byte.
-bool openEnd(std::vector<std::byte>& out, std::size_t begin) {
+bool openEnd(Bytes& out, std::size_t begin) {
     const std::optional<LastBlock> last = findLastBlock(std::span(out).subspan(begin));
     if (!last) {
         return false;
@@ -98,12 +98,12 @@ bool openEnd(std::vector<std::byte>& out, std::size_t begin) {
 struct PieceDeflater::State {
     DeflateEffort effort = DeflateEffort::fast;
     std::vector<std::uint8_t> tokens;
-    std::vector<std::byte> room; // kept from piece to piece: fresh memory costs more than copying out of this
+    Bytes room; // kept from piece to piece: fresh memory costs more than copying out of this
     isal_zstream stream{};
     std::unique_ptr<libdeflate_compressor, FreeCompressor> compressor;
 
-    bool deflateFast(std::span<const std::uint8_t> piece, bool isLast, std::vector<std::byte>& out);
-    bool deflateBest(std::span<const std::uint8_t> piece, bool isLast, std::vector<std::byte>& out) const;
+    bool deflateFast(std::span<const std::uint8_t> piece, bool isLast, Bytes& out);
+    bool deflateBest(std::span<const std::uint8_t> piece, bool isLast, Bytes& out) const;
 };
 
 PieceDeflater::PieceDeflater(DeflateEffort effort) : state_(std::make_unique<State>()) {
@@ -117,12 +117,12 @@ PieceDeflater::PieceDeflater(DeflateEffort effort) : state_(std::make_unique<Sta
 
 PieceDeflater::~PieceDeflater() = default;
 
-bool PieceDeflater::deflate(std::span<const std::uint8_t> piece, bool isLast, std::vector<std::byte>& out) {
+bool PieceDeflater::deflate(std::span<const std::uint8_t> piece, bool isLast, Bytes& out) {
     return state_->effort == DeflateEffort::fast ? state_->deflateFast(piece, isLast, out)
                                                  : state_->deflateBest(piece, isLast, out);
 }
 
-bool PieceDeflater::State::deflateFast(std::span<const std::uint8_t> piece, bool isLast, std::vector<std::byte>& out) {
+bool PieceDeflater::State::deflateFast(std::span<const std::uint8_t> piece, bool isLast, Bytes& out) {
     isal_deflate_init(&stream);
     stream.level = fastLevel;
     stream.level_buf = tokens.data();
@@ -144,8 +144,7 @@ bool PieceDeflater::State::deflateFast(std::span<const std::uint8_t> piece, bool
     return stream.avail_in == 0;
 }
 
-bool PieceDeflater::State::deflateBest(std::span<const std::uint8_t> piece, bool isLast,
-                                       std::vector<std::byte>& out) const {
+bool PieceDeflater::State::deflateBest(std::span<const std::uint8_t> piece, bool isLast, Bytes& out) const {
     if (!compressor) {
         return false;
     }

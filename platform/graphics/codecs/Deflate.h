@@ -1,6 +1,8 @@
 // Deflate in pieces that join: each piece ends at a whole byte and refers to nothing before it.
 #pragma once
 
+#include "platform/foundation/Bytes.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -21,7 +23,7 @@ public:
     PieceDeflater& operator=(const PieceDeflater&) = delete;
 
     /// Appends the piece to `out`; after the last one the stream is complete. False when the library fails.
-    [[nodiscard]] bool deflate(std::span<const std::uint8_t> piece, bool isLast, std::vector<std::byte>& out);
+    [[nodiscard]] bool deflate(std::span<const std::uint8_t> piece, bool isLast, Bytes& out);
 
 private:
     struct State;

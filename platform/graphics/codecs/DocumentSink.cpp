@@ -1,6 +1,5 @@
 #include "platform/graphics/codecs/DocumentSink.h"
 
-#include "platform/foundation/Pages.h"
 #include "platform/graphics/codecs/Deflate.h"
 
 #include <new>
@@ -11,7 +10,6 @@ void BytesSink::begin(std::size_t likelyLength) {
     bytes_ = {};
     // What is not used is never touched.
     bytes_.reserve(likelyLength);
-    preferLargePages(bytes_.data(), bytes_.capacity());
 }
 
 Status BytesSink::append(std::span<const std::byte> bytes) {

@@ -26,8 +26,7 @@ SmallestPiece::SmallestPiece(std::size_t rowBytes, std::size_t pixelBytes, int m
     , tried_(best_.size())
     , trial_(rowBytes + rowPadding) {}
 
-bool SmallestPiece::make(const std::uint8_t* rows, std::size_t stride, int count, bool isLast,
-                         std::vector<std::byte>& out) {
+bool SmallestPiece::make(const std::uint8_t* rows, std::size_t stride, int count, bool isLast, Bytes& out) {
     length_ = (rowBytes_ + 1) * static_cast<std::size_t>(count);
     std::size_t size = 0;
     if (!choose(rows, stride, count, size)) {

@@ -19,8 +19,7 @@ public:
 
     /// Filters `count` rows, the first at `rows` with padding (`rowPadding`) about each and a row of zeros before it,
     /// and appends them deflated to `out`. False when a library fails.
-    [[nodiscard]] bool make(const std::uint8_t* rows, std::size_t stride, int count, bool isLast,
-                            std::vector<std::byte>& out);
+    [[nodiscard]] bool make(const std::uint8_t* rows, std::size_t stride, int count, bool isLast, Bytes& out);
     /// What was deflated last: each row behind the number of its filter.
     [[nodiscard]] std::span<const std::uint8_t> filtered() const { return std::span(best_).first(length_); }
 
@@ -41,7 +40,7 @@ private:
     std::vector<std::uint8_t> best_;
     std::vector<std::uint8_t> tried_;
     std::vector<std::uint8_t> trial_;
-    std::vector<std::byte> deflated_;
+    Bytes deflated_;
     std::map<DeflateEffort, PieceDeflater> deflaters_; // made when first needed
 };
 

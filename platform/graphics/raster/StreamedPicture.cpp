@@ -18,8 +18,8 @@ namespace {
 
 // Decoded between two looks at what others want.
 constexpr int rowsTogether = 16;
-// Memory is taken for so many rows at once.
-constexpr std::size_t rowsTakenTogether = 8;
+// Memory is taken for so much at once: a large page.
+constexpr std::size_t bytesTakenTogether = std::size_t{2} << 20;
 // Wide registers read behind a row's end.
 constexpr std::size_t rowPadding = 256;
 
@@ -151,13 +151,12 @@ private:
 
 std::uint8_t* RowWindow::append() {
     if (free_.empty()) {
-        const std::size_t together = std::min(rowsTakenTogether, rows_.size());
         const std::size_t room = rowBytes_ + rowPadding;
+        const std::size_t together = std::clamp<std::size_t>(bytesTakenTogether / room, 1, rows_.size());
         free_.reserve((memory_.size() + 1) * together); // so that dropping a row needs no memory
-        memory_.push_back(std::make_unique_for_overwrite<std::uint8_t[]>(room * together)); // NOLINT
-        takePages(memory_.back().get(), room * together);
+        memory_.emplace_back(room * together);
         for (std::size_t i = together; i-- > 0;) {
-            free_.push_back(memory_.back().get() + room * i);
+            free_.push_back(memory_.back().data() + room * i);
         }
     }
     std::uint8_t* const row = free_.back();
@@ -235,19 +234,11 @@ RowRange StreamedPicture::keptFor(int y) const {
     return keepsCanvas_ ? RowRange{y, y + 1} : pictureRows_[static_cast<std::size_t>(y)];
 }
 
-template <typename IsEnough>
-void StreamedPicture::makeAhead(std::unique_lock<std::mutex>& lock, const IsEnough& isEnough) {
-    while (!isEnough() && !isMaking_ && made_ < keptCount() && kept_.bytes() < bytesKeptAhead) {
-        makeRows(lock, std::min(keptCount() - made_, rowsTogether));
-    }
-}
-
 void StreamedPicture::claim(int first, int count) {
     assert(first >= 0 && count > 0 && first + count <= canvas_.height);
     const int end = keptFor(first + count - 1).end;
     std::unique_lock lock(mutex_);
     assert(!isDrawn_[static_cast<std::size_t>(first)]);
-    const bool othersDraw = claims_++ > 0;
     while (made_ < end) {
         if (isMaking_) {
             changed_.wait(lock);
@@ -255,15 +246,10 @@ void StreamedPicture::claim(int first, int count) {
             makeRows(lock, std::min(end - made_, rowsTogether));
         }
     }
-    // Others draw meanwhile: decoding, which only one can do at a time, had better not stop.
-    if (othersDraw) {
-        makeAhead(lock, [] { return false; });
-    }
 }
 
 void StreamedPicture::release(int first, int count) noexcept {
     const std::lock_guard lock(mutex_);
-    --claims_;
     std::fill_n(isDrawn_.begin() + first, count, true);
     while (firstNotDrawn_ < canvas_.height && isDrawn_[static_cast<std::size_t>(firstNotDrawn_)]) {
         ++firstNotDrawn_;
@@ -277,7 +263,9 @@ void StreamedPicture::dropDrawn() noexcept {
 
 void StreamedPicture::runAhead(const std::atomic<bool>& isEnough) {
     std::unique_lock lock(mutex_);
-    makeAhead(lock, [&isEnough] { return isEnough.load(); });
+    while (!isEnough.load() && !isMaking_ && made_ < keptCount() && kept_.bytes() < bytesKeptAhead) {
+        makeRows(lock, std::min(keptCount() - made_, rowsTogether));
+    }
 }
 
 bool StreamedPicture::finish() {

@@ -42,7 +42,7 @@ private:
     int begin_ = 0;
     int end_ = 0;
     std::vector<const std::uint8_t*> rows_;
-    std::vector<std::unique_ptr<std::uint8_t[]>> memory_; // NOLINT(*-avoid-c-arrays): memory that is not cleared
+    std::vector<PixelMemory> memory_;
     std::vector<std::uint8_t*> free_;
 };
 
@@ -83,7 +83,7 @@ public:
     void claim(int first, int count);
     void release(int first, int count) noexcept;
 
-    /// Decodes while there is room to keep it, until somebody says that it is enough.
+    /// Decodes while there is room to keep it and nobody else decodes, until somebody says that it is enough.
     void runAhead(const std::atomic<bool>& isEnough);
 
     /// Decodes what nobody has claimed and the rest of the document. False where it is damaged: then nothing that was
@@ -101,8 +101,6 @@ private:
     [[nodiscard]] RowRange keptFor(int y) const;
     [[nodiscard]] int keptCount() const { return keepsCanvas_ ? canvas_.height : picture_.height; }
     void makeRows(std::unique_lock<std::mutex>& lock, int count);
-    /// As long as there is room, nobody else makes rows and it is not enough yet.
-    template <typename IsEnough> void makeAhead(std::unique_lock<std::mutex>& lock, const IsEnough& isEnough);
     [[nodiscard]] int appendRows(std::span<std::uint8_t*> rows);
     void dropDrawn() noexcept;
 
@@ -121,7 +119,6 @@ private:
     bool isMaking_ = false;
     int made_ = 0; // kept rows that are complete
     bool isDamaged_ = false;
-    int claims_ = 0;
     std::vector<bool> isDrawn_;
     int firstNotDrawn_ = 0;
     std::size_t mostBytes_ = 0;

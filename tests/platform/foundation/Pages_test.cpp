@@ -1,38 +1,60 @@
-// Pages that are asked for ahead are there, and what lies on them stays.
 #include "platform/foundation/Pages.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
-#include <memory>
+#include <cstdint>
+#include <fstream>
+#include <limits>
+#include <new>
+#include <string>
 #include <vector>
 
 #if defined(__linux__)
-#include <sys/mman.h>
 #include <sys/resource.h>
-#include <unistd.h>
 #endif
 
 namespace quillomat {
 namespace {
 
-TEST(Pages, takingThemKeepsWhatLiesThere) {
-    std::vector<unsigned char> bytes(1000003, 7);
-    takePages(bytes.data(), bytes.size());
-    preferLargePages(bytes.data(), bytes.size());
-    EXPECT_EQ(std::count(bytes.begin(), bytes.end(), 7), 1000003);
+TEST(Pages, largeOnesAreZeroAndOnesOwn) {
+    constexpr std::size_t size = (std::size_t{5} << 20) + 3;
+    if (!isForLargePages(size)) {
+        GTEST_SKIP() << "no large pages here";
+    }
+    auto* const first = static_cast<unsigned char*>(takeLargePages(size));
+    auto* const second = static_cast<unsigned char*>(takeLargePages(size));
+    EXPECT_EQ(std::count(first, first + size, 0), static_cast<std::ptrdiff_t>(size));
+    std::fill_n(first, size, static_cast<unsigned char>(7));
+    EXPECT_EQ(std::count(second, second + size, 0), static_cast<std::ptrdiff_t>(size));
+    giveBackLargePages(first, size);
+    giveBackLargePages(second, size);
 }
 
-TEST(Pages, memorySmallerThanAPageIsLeftAlone) {
-    unsigned char few[3] = {1, 2, 3};
-    takePages(few, sizeof few);
-    takePages(nullptr, 0);
-    preferLargePages(few, sizeof few);
-    EXPECT_EQ(few[1], 2);
+TEST(Pages, moreThanThereIsIsRefused) {
+    for (const std::size_t size :
+         {std::numeric_limits<std::size_t>::max(), std::numeric_limits<std::size_t>::max() - (std::size_t{2} << 20),
+          std::numeric_limits<std::size_t>::max() / 4}) {
+        EXPECT_THROW(static_cast<void>(takeLargePages(size)), std::bad_alloc) << size;
+    }
+    EXPECT_THROW(static_cast<void>(PageAllocator<int>().allocate(std::numeric_limits<std::size_t>::max() / 2)),
+                 std::bad_alloc);
 }
 
-#if defined(__linux__) && defined(MADV_POPULATE_WRITE)
+TEST(Pages, containersKeepWhatTheyHoldAsTheyGrowLarge) {
+    std::vector<int, PageAllocator<int>> numbers;
+    for (int i = 0; i < 2'000'000; ++i) { // in and out of large pages
+        numbers.push_back(i);
+    }
+    for (int i = 0; i < 2'000'000; ++i) {
+        ASSERT_EQ(numbers[static_cast<std::size_t>(i)], i);
+    }
+    numbers.resize(10);
+    numbers.shrink_to_fit();
+    EXPECT_EQ(numbers[9], 9);
+}
+
+#if defined(__linux__)
 
 long faultsSoFar() {
     rusage usage{};
@@ -40,23 +62,28 @@ long faultsSoFar() {
     return usage.ru_minflt;
 }
 
-TEST(Pages, takenOnesAreThereBeforeTheyAreTouched) {
-    constexpr std::size_t size = std::size_t{1} << 20;
-    const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-    void* const memory = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    ASSERT_NE(memory, MAP_FAILED);
-    if (madvise(memory, page, MADV_POPULATE_WRITE) != 0) {
-        munmap(memory, size);
-        GTEST_SKIP() << "this system hands out no pages ahead";
+/// Whether the system has them at all, and hands them out to who asks.
+bool areHandedOut() {
+    std::ifstream settings("/sys/kernel/mm/transparent_hugepage/enabled");
+    std::string said;
+    std::getline(settings, said);
+    return said.find("[madvise]") != std::string::npos || said.find("[always]") != std::string::npos;
+}
+
+TEST(Pages, largeOnesAreTouchedSeldom) {
+    constexpr std::size_t size = std::size_t{8} << 20;
+    constexpr std::size_t smallPage = 4096;
+    if (!isForLargePages(size) || !areHandedOut()) {
+        GTEST_SKIP() << "no large pages here";
     }
-    takePages(memory, size);
+    auto* const memory = static_cast<volatile unsigned char*>(takeLargePages(size));
     const long before = faultsSoFar();
-    for (std::size_t at = 0; at < size; at += page) {
-        static_cast<volatile unsigned char*>(memory)[at] = 1;
+    for (std::size_t at = 0; at < size; at += smallPage) {
+        memory[at] = 1;
     }
     const long faults = faultsSoFar() - before;
-    munmap(memory, size);
-    EXPECT_LT(faults, static_cast<long>(size / page / 2));
+    giveBackLargePages(const_cast<unsigned char*>(memory), size); // NOLINT: it is this test's own
+    EXPECT_LT(faults, static_cast<long>(size / smallPage / 2));
 }
 
 #endif

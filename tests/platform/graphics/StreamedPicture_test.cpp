@@ -227,9 +227,10 @@ TEST(StreamedPicture, aLimitedNumberOfRowsIsDecodedAhead) {
     stream->runAhead(isEnough);
     EXPECT_GT(stream->mostBytes(), limit / 2);
     EXPECT_LE(stream->mostBytes(), limit);
-    // Two at work: whoever comes decodes ahead, too.
+    // Threads that share the rows go on with it between them.
     stream->claim(0, 16);
     for (int y = 16; y < 4096; y += 16) {
+        stream->runAhead(isEnough);
         stream->claim(y, 16);
         stream->release(y - 16, 16);
     }
@@ -245,7 +246,22 @@ TEST(StreamedPicture, nothingIsDecodedAheadWhereThatIsEnough) {
     stream->runAhead(isEnough);
     EXPECT_EQ(stream->mostBytes(), 0U);
     stream->claim(0, 20);
-    EXPECT_EQ(stream->mostBytes(), 20U * 64 * 4) << "nobody else is at work";
+    EXPECT_EQ(stream->mostBytes(), 20U * 64 * 4);
+}
+
+TEST(StreamedPicture, rowsThatWereDecodedAheadAreNotDecodedWhenTheyAreClaimed) {
+    const Image picture = photograph({64, 640});
+    const auto stream = streamOf(picture, {64, 640});
+    const std::atomic<bool> isEnough = false;
+    stream->runAhead(isEnough);
+    const std::size_t ahead = stream->mostBytes();
+    EXPECT_EQ(ahead, 640U * 64 * 4) << "there is room for all of it";
+    for (int y = 0; y < 640; y += 20) {
+        stream->claim(y, 20);
+        stream->release(y, 20);
+    }
+    EXPECT_EQ(stream->mostBytes(), ahead);
+    EXPECT_TRUE(stream->finish());
 }
 
 TEST(StreamedPicture, rowsAboveThePartThatShowsAreNotKept) {
