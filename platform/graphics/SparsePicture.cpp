@@ -11,24 +11,8 @@
 namespace quillomat {
 namespace {
 
-constexpr std::size_t blockPixels = 16;
 constexpr std::size_t leastBlocksOfOneColor = 4;
-constexpr std::size_t pieceBytes = std::size_t{1} << 20;
-
-// What a block can be stored as.
-constexpr std::uint32_t asOneColor = 1;
-constexpr std::uint32_t asWhite = 2;
-constexpr std::uint32_t asBlack = 4;
-constexpr std::uint32_t asWhole = 8;
-constexpr std::uint32_t asOpaque = 16;
-
-constexpr std::uint32_t opaqueBlack = 0xff000000; // alpha is the last of four bytes, the highest
-
-std::uint32_t pixelAt(const std::uint8_t* pixels, std::size_t i) {
-    std::uint32_t pixel = 0;
-    std::memcpy(&pixel, pixels + i * 4, 4);
-    return pixel;
-}
+constexpr std::size_t pieceBytes = std::size_t{2} << 20; // a large page
 
 void fill(std::uint8_t* out, std::uint32_t color, std::size_t count) {
     if (color == 0) {
@@ -126,11 +110,11 @@ std::size_t SparsePicture::byteCount() const {
 SparsePictureMaker::SparsePictureMaker(PixelSize size) : picture_(std::make_shared<SparsePicture>()) {
     picture_->size_ = size;
     picture_->rows_.reserve(static_cast<std::size_t>(size.height));
-    blocks_.resize((static_cast<std::size_t>(size.width) + blockPixels - 1) / blockPixels);
+    blocks_.resize(blockCount(static_cast<std::size_t>(size.width)));
 }
 
 void SparsePictureMaker::addRow(const std::uint8_t* pixels) {
-    classify(pixels);
+    classifyBlocks(pixels, static_cast<std::size_t>(picture_->size_.width), blocks_.data());
     makeRuns();
     SparsePicture::Row row;
     row.bytes = store(pixels);
@@ -160,35 +144,6 @@ std::shared_ptr<const SparsePicture> SparsePictureMaker::finish() {
     });
     picture_->runs_.shrink_to_fit();
     return std::move(picture_);
-}
-
-void SparsePictureMaker::classify(const std::uint8_t* pixels) {
-    const auto width = static_cast<std::size_t>(picture_->size_.width);
-    for (std::size_t b = 0; b < blocks_.size(); ++b, pixels += blockPixels * 4) {
-        std::array<std::uint32_t, blockPixels> block; // NOLINT(cppcoreguidelines-pro-type-member-init): filled next
-        if (const std::size_t left = width - b * blockPixels; left >= blockPixels) {
-            std::memcpy(block.data(), pixels, sizeof block);
-        } else {
-            block.fill(pixelAt(pixels, left - 1));
-            std::memcpy(block.data(), pixels, left * 4);
-        }
-        std::uint32_t unlikeFirst = 0;
-        std::uint32_t unlikeWhite = 0;
-        std::uint32_t any = 0;
-        std::uint32_t all = ~std::uint32_t{0};
-        for (const std::uint32_t pixel : block) {
-            unlikeFirst |= pixel ^ block[0];
-            // White light has the same four bytes, so it stays itself when it is turned by one.
-            unlikeWhite |= pixel ^ (pixel << 8 | pixel >> 24);
-            any |= pixel;
-            all &= pixel;
-        }
-        std::uint32_t kinds = all >= opaqueBlack ? asOpaque : asWhole;
-        kinds |= unlikeFirst == 0 ? asOneColor : 0;
-        kinds |= unlikeWhite == 0 ? asWhite : 0;
-        kinds |= (any & ~opaqueBlack) == 0 ? asBlack : 0;
-        blocks_[b] = {block[0], kinds};
-    }
 }
 
 void SparsePictureMaker::makeRuns() {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/graphics/Bitmap.h"
+#include "platform/graphics/PixelBlocks.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -90,12 +91,6 @@ public:
 private:
     using Run = SparsePicture::Run;
     using Storage = SparsePicture::Storage;
-    struct Block {
-        std::uint32_t color = 0; // of its first pixel
-        std::uint32_t kinds = 0;
-    };
-
-    void classify(const std::uint8_t* pixels);
     void makeRuns();
     void addLooseBlocks(std::size_t first, std::size_t last);
     void addRun(std::size_t lastBlock, std::uint32_t kinds, std::uint32_t color);
@@ -104,7 +99,7 @@ private:
     [[nodiscard]] Columns widestOpaque() const;
 
     std::shared_ptr<SparsePicture> picture_;
-    std::vector<Block> blocks_;
+    std::vector<PixelBlock> blocks_;
     std::vector<Run> row_;
     std::uint8_t* free_ = nullptr;
     std::size_t freeBytes_ = 0;

@@ -3,6 +3,7 @@
 #include "platform/graphics/ProcessorTarget.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 #undef HWY_TARGET_INCLUDE
@@ -24,22 +25,11 @@ constexpr std::uint8_t TimesAlpha(unsigned color, unsigned alpha) {
 }
 
 #if HWY_TARGET != HWY_SCALAR
-/// Half as many products as there are bytes, divided by 255 and rounded.
-template <class D16, class Half> HWY_INLINE hn::Vec<D16> TimesAlphaHalf(D16 d16, Half color, Half alpha) {
-    const auto product =
-        hn::Add(hn::Mul(hn::PromoteTo(d16, color), hn::PromoteTo(d16, alpha)), hn::Set(d16, std::uint16_t{128}));
-    return hn::ShiftRight<8>(hn::Add(product, hn::ShiftRight<8>(product)));
-}
-
-template <class V> HWY_INLINE V TimesAlphaAll(Bytes8 d, V color, V alpha) {
-    const hn::Half<Bytes8> dHalf;
-    const hn::RepartitionToWide<Bytes8> d16;
-    const auto low = TimesAlphaHalf(d16, hn::LowerHalf(dHalf, color), hn::LowerHalf(dHalf, alpha));
-    const auto high = TimesAlphaHalf(d16, hn::UpperHalf(dHalf, color), hn::UpperHalf(dHalf, alpha));
-    // Only signed numbers can be narrowed to bytes; these are below 256.
-    const hn::RebindToSigned<decltype(d16)> signed16;
-    return hn::Combine(d, hn::DemoteTo(dHalf, hn::BitCast(signed16, high)),
-                       hn::DemoteTo(dHalf, hn::BitCast(signed16, low)));
+/// Products divided by 255 and rounded, in the higher byte of each lane; the lower one is to be cleared.
+template <class V> HWY_INLINE V TimesAlphaHigh(V color, V alpha) {
+    const hn::DFromV<V> d16;
+    const V product = hn::Add(hn::Mul(color, alpha), hn::Set(d16, std::uint16_t{128}));
+    return hn::Add(product, hn::ShiftRight<8>(product));
 }
 #endif
 
@@ -47,19 +37,24 @@ void Premultiply(const std::uint8_t* straight, std::uint8_t* premultiplied, std:
     std::size_t i = 0;
 #if HWY_TARGET != HWY_SCALAR
     const Bytes8 d;
-    const std::size_t lanes = hn::Lanes(d);
-    for (; i + lanes <= pixels; i += lanes) {
-        auto red = hn::Zero(d);
-        auto green = red;
-        auto blue = red;
-        auto alpha = red;
-        hn::LoadInterleaved4(d, straight + i * 4, red, green, blue, alpha);
-        if (hn::AllTrue(d, alpha == hn::Set(d, std::uint8_t{255}))) {
-            std::memmove(premultiplied + i * 4, straight + i * 4, lanes * 4);
-            continue;
-        }
-        hn::StoreInterleaved4(TimesAlphaAll(d, red, alpha), TimesAlphaAll(d, green, alpha),
-                              TimesAlphaAll(d, blue, alpha), alpha, d, premultiplied + i * 4);
+    const hn::Repartition<std::uint16_t, Bytes8> d16;
+    const hn::Repartition<std::uint32_t, Bytes8> d32;
+    alignas(16) static constexpr std::array<std::uint8_t, 16> alphaTwice{3,  0x80, 3,  0x80, 7,  0x80, 7,  0x80,
+                                                                         11, 0x80, 11, 0x80, 15, 0x80, 15, 0x80};
+    const auto toAlphas = hn::LoadDup128(d, alphaTwice.data());
+    const auto low = hn::Set(d16, std::uint16_t{0x00ff});
+    const auto high = hn::Set(d16, std::uint16_t{0xff00});
+    const auto firstOfTwo = hn::BitCast(d16, hn::Set(d32, 0x0000ffffU));
+    const auto unitForAlpha = hn::BitCast(d16, hn::Set(d32, 0x00ff0000U)); // which stays as it is
+    const std::size_t pixelsAtOnce = hn::Lanes(d32);
+    for (; i + pixelsAtOnce <= pixels; i += pixelsAtOnce) {
+        const auto rgba = hn::LoadU(d, straight + i * 4);
+        const auto alpha = hn::BitCast(d16, hn::TableLookupBytesOr0(rgba, toAlphas));
+        const auto redAndBlue = hn::And(hn::BitCast(d16, rgba), low);
+        const auto greenAndAlpha = hn::ShiftRight<8>(hn::BitCast(d16, rgba));
+        const auto redAndBlueTimes = hn::ShiftRight<8>(TimesAlphaHigh(redAndBlue, alpha));
+        const auto greenTimes = TimesAlphaHigh(greenAndAlpha, hn::Or(hn::And(alpha, firstOfTwo), unitForAlpha));
+        hn::StoreU(hn::BitCast(d, hn::Or(redAndBlueTimes, hn::And(greenTimes, high))), d, premultiplied + i * 4);
     }
 #endif
     for (; i < pixels; ++i) {

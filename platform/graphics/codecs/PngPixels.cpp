@@ -1,6 +1,6 @@
-// For a bitmap, the whole stream is inflated by libdeflate into the end of the bitmap's own memory. Then four rows at a
-// time are taken out, recovered, converted and premultiplied, and put at the front, which has been read by then. For a
-// picture in runs, ISA-L inflates a few rows at a time into a buffer that stays in the cache.
+// For a bitmap, the whole stream is inflated by libdeflate into the end of the bitmap's own memory. Then a few rows at
+// a time are taken out, recovered, converted and premultiplied, and put at the front, which has been read by then. For
+// a picture in runs, ISA-L inflates a few rows at a time into a buffer that stays in the cache.
 #include "platform/graphics/codecs/PngPixels.h"
 
 #include "platform/graphics/codecs/PixelRows.h"

@@ -2,6 +2,9 @@
 // row is one pixel ahead, the next row can follow it: four rows go together, one in each 32-bit lane of a vector. Each
 // step then has what it needs in the vectors of the step before: the left pixels are its result, those above are its
 // result moved by one lane, and those above-left are what was above.
+//
+// Each step waits for the one before. Meanwhile the processor has time for another four rows, which follow these at a
+// distance.
 #include "platform/graphics/codecs/Unfilter.h"
 
 #include "platform/graphics/ProcessorTarget.h"
@@ -68,6 +71,11 @@ using Lanes8 = hn::Repartition<std::uint8_t, Lanes32>;
 using Pixels = hn::Vec<Lanes32>;
 using PixelBytes = hn::Vec<Lanes8>;
 
+constexpr std::size_t rowsTogether = 4;
+// So far the following rows stay behind that what they read above them is no longer on its way to the cache.
+constexpr std::ptrdiff_t pixelsBehind = 32;
+static_assert(rowsAtOnce == 2 * rowsTogether);
+
 /// Lanes of all ones where a row has that filter.
 struct FilterMasks {
     PixelBytes sub;
@@ -76,9 +84,9 @@ struct FilterMasks {
     PixelBytes paeth;
 };
 
-HWY_INLINE PixelBytes MaskOf(const std::array<std::uint8_t, rowsAtOnce>& filters, std::uint8_t filter) {
-    HWY_ALIGN std::array<std::uint32_t, rowsAtOnce> lanes{};
-    for (std::size_t i = 0; i < rowsAtOnce; ++i) {
+HWY_INLINE PixelBytes MaskOf(const std::uint8_t* filters, std::uint8_t filter) {
+    HWY_ALIGN std::array<std::uint32_t, rowsTogether> lanes{};
+    for (std::size_t i = 0; i < rowsTogether; ++i) {
         lanes[i] = filters[i] == filter ? ~std::uint32_t{0} : 0;
     }
     return hn::BitCast(Lanes8(), hn::Load(Lanes32(), lanes.data()));
@@ -167,41 +175,79 @@ HWY_INLINE bool IsFlat(Pixels filtered, Pixels above, const Walk& walk) {
     return hn::AllTrue(d32, hn::Or(filtered, unlike) == hn::Zero(d32));
 }
 
-template <int pixelBytes, bool hasAverage, bool hasPaeth>
-HWY_INLINE void UnfilterRows(const RowGroup& rows, std::size_t width) {
-    const Lanes32 d32;
-    const FilterMasks masks{MaskOf(rows.filters, 1), MaskOf(rows.filters, 2), MaskOf(rows.filters, 3),
-                            MaskOf(rows.filters, 4)};
-    HWY_ALIGN static constexpr std::array<std::uint32_t, rowsAtOnce> onlyFirst{~std::uint32_t{0}, 0, 0, 0};
-    const Pixels first = hn::Load(d32, onlyFirst.data());
-    Walk walk{hn::Zero(Lanes8()), hn::Zero(Lanes8())};
-    const bool allPredict = std::find(rows.filters.begin(), rows.filters.end(), 0) == rows.filters.end();
-    const auto end = static_cast<std::ptrdiff_t>(width + rowsAtOnce - 1);
-    for (std::ptrdiff_t x = 0; x < end; x += 4) {
-        Pixels a = LoadFour<pixelBytes>(rows.filtered[0] + x * pixelBytes);
-        Pixels b = LoadFour<pixelBytes>(rows.filtered[1] + (x - 1) * pixelBytes);
-        Pixels c = LoadFour<pixelBytes>(rows.filtered[2] + (x - 2) * pixelBytes);
-        Pixels d = LoadFour<pixelBytes>(rows.filtered[3] + (x - 3) * pixelBytes);
-        const Pixels above = hn::BitCast(d32, hn::LoadU(Lanes8(), rows.above + x * 4));
-        if (IsFlat(hn::Or(hn::Or(a, b), hn::Or(c, d)), above, walk) &&
-            (allPredict || hn::AllTrue(d32, above == hn::Zero(d32)))) {
-            const auto flat = hn::BitCast(Lanes8(), above);
-            for (std::size_t row = 0; row < rowsAtOnce; ++row) {
-                hn::StoreU(flat, Lanes8(), rows.pixels[row] + (x - static_cast<std::ptrdiff_t>(row)) * 4);
-            }
-            continue;
+/// Four rows on their way to the right.
+template <int pixelBytes, bool hasAverage, bool hasPaeth> class FourRows {
+public:
+    HWY_INLINE FourRows(const RowGroup& rows, std::size_t first, const std::uint8_t* above)
+        : filtered_(rows.filtered.data() + first)
+        , above_(above)
+        , pixels_(rows.pixels.data() + first)
+        , masks_{MaskOf(filtersOf(rows, first), 1), MaskOf(filtersOf(rows, first), 2),
+                 MaskOf(filtersOf(rows, first), 3), MaskOf(filtersOf(rows, first), 4)}
+        , allPredict_(std::count(filtersOf(rows, first), filtersOf(rows, first) + rowsTogether, 0) == 0)
+        , walk_{hn::Zero(Lanes8()), hn::Zero(Lanes8())} {}
+
+    /// Four pixels of each row: from x on in the first, each of the others a pixel behind.
+    HWY_INLINE void recover(std::ptrdiff_t x) {
+        const Lanes32 d32;
+        HWY_ALIGN static constexpr std::array<std::uint32_t, rowsTogether> onlyFirst{~std::uint32_t{0}, 0, 0, 0};
+        const Pixels first = hn::Load(d32, onlyFirst.data());
+        Pixels a = LoadFour<pixelBytes>(filtered_[0] + x * pixelBytes);
+        Pixels b = LoadFour<pixelBytes>(filtered_[1] + (x - 1) * pixelBytes);
+        Pixels c = LoadFour<pixelBytes>(filtered_[2] + (x - 2) * pixelBytes);
+        Pixels d = LoadFour<pixelBytes>(filtered_[3] + (x - 3) * pixelBytes);
+        const Pixels above = hn::BitCast(d32, hn::LoadU(Lanes8(), above_ + x * 4));
+        if (IsFlat(hn::Or(hn::Or(a, b), hn::Or(c, d)), above, walk_) &&
+            (allPredict_ || hn::AllTrue(d32, above == hn::Zero(d32)))) {
+            store(above, above, above, above, x);
+            return;
         }
         Transpose(a, b, c, d);
-        a = Step<hasAverage, hasPaeth>(a, hn::And(above, first), masks, walk);
-        b = Step<hasAverage, hasPaeth>(b, hn::And(hn::ShiftRightLanes<1>(d32, above), first), masks, walk);
-        c = Step<hasAverage, hasPaeth>(c, hn::And(hn::ShiftRightLanes<2>(d32, above), first), masks, walk);
-        d = Step<hasAverage, hasPaeth>(d, hn::And(hn::ShiftRightLanes<3>(d32, above), first), masks, walk);
+        a = Step<hasAverage, hasPaeth>(a, hn::And(above, first), masks_, walk_);
+        b = Step<hasAverage, hasPaeth>(b, hn::And(hn::ShiftRightLanes<1>(d32, above), first), masks_, walk_);
+        c = Step<hasAverage, hasPaeth>(c, hn::And(hn::ShiftRightLanes<2>(d32, above), first), masks_, walk_);
+        d = Step<hasAverage, hasPaeth>(d, hn::And(hn::ShiftRightLanes<3>(d32, above), first), masks_, walk_);
         Transpose(a, b, c, d);
+        store(a, b, c, d, x);
+    }
+
+private:
+    static HWY_INLINE const std::uint8_t* filtersOf(const RowGroup& rows, std::size_t first) {
+        return rows.filters.data() + first;
+    }
+
+    HWY_INLINE void store(Pixels a, Pixels b, Pixels c, Pixels d, std::ptrdiff_t x) const {
         const Lanes8 d8;
-        hn::StoreU(hn::BitCast(d8, a), d8, rows.pixels[0] + x * 4);
-        hn::StoreU(hn::BitCast(d8, b), d8, rows.pixels[1] + (x - 1) * 4);
-        hn::StoreU(hn::BitCast(d8, c), d8, rows.pixels[2] + (x - 2) * 4);
-        hn::StoreU(hn::BitCast(d8, d), d8, rows.pixels[3] + (x - 3) * 4);
+        hn::StoreU(hn::BitCast(d8, a), d8, pixels_[0] + x * 4);
+        hn::StoreU(hn::BitCast(d8, b), d8, pixels_[1] + (x - 1) * 4);
+        hn::StoreU(hn::BitCast(d8, c), d8, pixels_[2] + (x - 2) * 4);
+        hn::StoreU(hn::BitCast(d8, d), d8, pixels_[3] + (x - 3) * 4);
+    }
+
+    const std::uint8_t* const* filtered_;
+    const std::uint8_t* above_;
+    std::uint8_t* const* pixels_;
+    FilterMasks masks_;
+    bool allPredict_;
+    Walk walk_;
+};
+
+template <int pixelBytes, bool hasAverage, bool hasPaeth>
+HWY_INLINE void UnfilterRows(const RowGroup& rows, std::size_t width) {
+    FourRows<pixelBytes, hasAverage, hasPaeth> leading(rows, 0, rows.above);
+    FourRows<pixelBytes, hasAverage, hasPaeth> following(rows, rowsTogether, rows.pixels[rowsTogether - 1]);
+    const auto end = static_cast<std::ptrdiff_t>((width + rowsTogether - 1 + 3) / 4 * 4);
+    const std::ptrdiff_t start = std::min(end, pixelsBehind);
+    std::ptrdiff_t x = 0;
+    for (; x < start; x += 4) {
+        leading.recover(x);
+    }
+    for (; x < end; x += 4) {
+        leading.recover(x);
+        following.recover(x - start);
+    }
+    for (; x < end + start; x += 4) {
+        following.recover(x - start);
     }
 }
 

@@ -1,4 +1,4 @@
-// PNG's row filters, backwards: four rows at once, each a pixel behind the one above it.
+// PNG's row filters, backwards: eight rows at once, each behind the one above it.
 #pragma once
 
 #include <array>
@@ -7,7 +7,7 @@
 
 namespace quillomat::codecs {
 
-constexpr std::size_t rowsAtOnce = 4;
+constexpr std::size_t rowsAtOnce = 8;
 /// What must be readable (and zero, before a filtered row) or may be overwritten on either side of each row.
 constexpr std::size_t unfilterPadding = 64;
 
@@ -18,7 +18,7 @@ struct RowGroup {
     std::array<std::uint8_t*, rowsAtOnce> pixels{}; // RGBA; alpha says nothing where there are 3 bytes to a pixel
 };
 
-/// Recovers four rows of `width` pixels of `pixelBytes` (3 or 4) bytes.
+/// Recovers eight rows of `width` pixels of `pixelBytes` (3 or 4) bytes.
 void unfilter(const RowGroup& rows, std::size_t width, std::size_t pixelBytes);
 
 } // namespace quillomat::codecs

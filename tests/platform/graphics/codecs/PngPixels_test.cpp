@@ -225,7 +225,8 @@ TEST(PngPixels, everyFilterAndShapeIsReadAsByLibpng) {
             for (const bool hasAlpha : {false, true}) {
                 for (const auto& [width, height] :
                      {std::pair{1, 9}, std::pair{2, 5}, std::pair{3, 4}, std::pair{4, 3}, std::pair{5, 1},
-                      std::pair{7, 6}, std::pair{8, 8}, std::pair{33, 13}, std::pair{257, 66}}) {
+                      std::pair{7, 6}, std::pair{8, 8}, std::pair{31, 16}, std::pair{32, 17}, std::pair{33, 13},
+                      std::pair{70, 24}, std::pair{257, 66}}) {
                     const auto png = written({width, height, hasAlpha, filters}, 5);
                     expectSameAsLibpng(png, std::string(target) + " filters " + std::to_string(filters) + ", " +
                                                 std::to_string(width) + " x " + std::to_string(height) +
