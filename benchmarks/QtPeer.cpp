@@ -1,12 +1,12 @@
 #include "Peers.h"
+#include "platform/foundation/Crew.h"
 
 #include <QImage>
 #include <QPainter>
 #include <QPolygonF>
 #include <QTransform>
 
-#include <thread>
-#include <vector>
+#include <atomic>
 
 namespace quillomat::benchmarks {
 
@@ -49,21 +49,13 @@ public:
         , canvas_(scene.side, scene.side, QImage::Format_ARGB32_Premultiplied) {}
 
     void compose(int threads) override {
-        std::vector<std::thread> helpers;
         uchar* const bits = canvas_.bits();
-        for (int i = 0; i < threads; ++i) {
-            const int top = canvas_.height() * i / threads;
-            const int bottom = canvas_.height() * (i + 1) / threads;
-            const auto work = [this, bits, top, bottom] { composeRows(bits, top, bottom); };
-            if (i + 1 < threads) {
-                helpers.emplace_back(work);
-            } else {
-                work();
+        std::atomic<int> next = 0;
+        Crew::shared().run(threads, [&] {
+            for (int i = next++; i < threads; i = next++) {
+                composeRows(bits, canvas_.height() * i / threads, canvas_.height() * (i + 1) / threads);
             }
-        }
-        for (std::thread& helper : helpers) {
-            helper.join();
-        }
+        });
     }
 
     [[nodiscard]] Bitmap result() const override { return bitmapOf(canvas_); }

@@ -3,6 +3,7 @@
 
 #include "DrawnPictures.h"
 #include "JpegDocuments.h"
+#include "platform/foundation/Crew.h"
 #include "platform/graphics/BitmapContext.h"
 #include "platform/graphics/DrawnPictures.h"
 #include "platform/graphics/ImageFile.h"
@@ -12,7 +13,6 @@
 #include <algorithm>
 #include <atomic>
 #include <cmath>
-#include <thread>
 #include <vector>
 
 namespace quillomat::benchmarks {
@@ -127,11 +127,7 @@ inline void rasterizeBands(const Rasterizer& rasterizer, Bitmap& canvas, int thr
             rasterizer.rows(top, count, canvas.bytes().subspan(canvas.stride() * static_cast<std::size_t>(top)));
         }
     };
-    std::vector<std::jthread> helpers;
-    for (int i = 1; i < threads; ++i) {
-        helpers.emplace_back(work);
-    }
-    work();
+    Crew::shared().run(threads, work);
 }
 
 } // namespace quillomat::benchmarks

@@ -1,5 +1,6 @@
 #include "platform/graphics/DrawnPictures.h"
 
+#include "platform/foundation/Crew.h"
 #include "platform/graphics/RowReader.h"
 #include "platform/graphics/raster/PlanarStretch.h"
 #include "platform/graphics/raster/Sampler.h"
@@ -9,8 +10,6 @@
 #include <cmath>
 #include <limits>
 #include <map>
-#include <system_error>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -176,32 +175,23 @@ void decode(std::vector<Wanted>& pictures, PixelSize canvas, int threads) {
     std::atomic<std::size_t> next = 0;
     std::atomic<std::size_t> decoded = 0;
     std::atomic<bool> areAllDecoded = false;
-    std::vector<std::jthread> helpers;
-    const auto work = [&](bool isAlone) {
+    const int workers = std::min(threads, static_cast<int>(pictures.size()));
+    Crew::shared().run(workers, [&] {
         for (std::size_t i = next++; i < order.size(); i = next++) {
             order[i]->decode(canvas);
             if (++decoded == order.size()) {
                 areAllDecoded = true;
             }
-            if (order[i]->stream && !isAlone) {
+            if (order[i]->stream && workers > 1) {
                 order[i]->stream->runAhead(areAllDecoded);
             }
         }
-    };
-    for (int i = 1; i < std::min(threads, static_cast<int>(pictures.size())); ++i) {
-        try {
-            helpers.emplace_back(work, /*isAlone=*/false);
-        } catch (const std::system_error&) {
-            break;
-        }
-    }
-    work(helpers.empty());
+    });
 }
 
 StreamedRecording decoded(const Recording& recording, int threads, bool mayStream) {
     WantedPictures wanted(recording, mayStream);
-    const int cores = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
-    decode(wanted.pictures, recording.size(), threads > 0 ? threads : cores);
+    decode(wanted.pictures, recording.size(), threadsFor(threads));
 
     StreamedRecording result{Recording(recording.size()), {}};
     for (LayerDraw draw : recording.draws()) {

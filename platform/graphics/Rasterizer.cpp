@@ -4,6 +4,7 @@
 #include "platform/graphics/DrawnPictures.h"
 #include "platform/graphics/raster/LayerStack.h"
 
+#include <atomic>
 #include <cassert>
 #include <memory>
 #include <mutex>
@@ -77,6 +78,13 @@ void Rasterizer::rows(int first, int count, std::span<std::uint8_t> out) const {
     auto scratch = plan_->scratches.take();
     plan_->layers.drawRows(first, count, {0, canvas.width}, out.data(), *scratch);
     plan_->scratches.giveBack(std::move(scratch));
+}
+
+void Rasterizer::decodeAhead() const {
+    const std::atomic<bool> isEnough = false;
+    for (const auto& stream : plan_->streams) {
+        stream->runAhead(isEnough);
+    }
 }
 
 bool Rasterizer::finish() const {

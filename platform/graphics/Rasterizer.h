@@ -51,6 +51,10 @@ public:
     /// Writes rows [first, first + count) as packed premultiplied RGBA into `out` (count x width x 4 bytes), replacing
     /// what is there.
     void rows(int first, int count, std::span<std::uint8_t> out) const;
+    /// Decodes what will be drawn later, while there is room to keep it and no other thread does so. Only one can
+    /// decode at a time, and rows wait for it: threads that share the rows had better call this each time before they
+    /// take some.
+    void decodeAhead() const;
     /// When the last row has been drawn: whether they show what they should. Not, where a background that was decoded
     /// meanwhile turned out damaged; they are to be drawn afresh then, by a rasteriser for `RowUse::any`.
     [[nodiscard]] bool finish() const;

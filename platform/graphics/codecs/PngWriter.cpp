@@ -3,6 +3,7 @@
 // it leaves no trace in the file.
 #include "platform/graphics/PngWriter.h"
 
+#include "platform/foundation/Crew.h"
 #include "platform/foundation/Trace.h"
 #include "platform/graphics/ImageFile.h"
 #include "platform/graphics/Rasterizer.h"
@@ -27,8 +28,6 @@
 #include <optional>
 #include <span>
 #include <string_view>
-#include <system_error>
-#include <thread>
 #include <vector>
 
 namespace quillomat {
@@ -54,6 +53,8 @@ struct RowSource {
     PixelSize size;
     bool isOpaque = false;
     std::function<void(int first, int count, std::span<std::uint8_t> out)> rows;
+    /// What threads that share the rows do before they take some.
+    std::function<void()> prepare;
 };
 
 struct Band {
@@ -254,18 +255,9 @@ public:
         span.note("width", source_.size.width);
         span.note("height", source_.size.height);
         put(fileHeader(source_));
-        std::vector<std::thread> helpers;
-        for (int i = 1; i < std::min(threads, bandCount_); ++i) {
-            try {
-                helpers.emplace_back([this] { work(); });
-            } catch (const std::system_error&) {
-                break; // fewer threads make the same file
-            }
-        }
-        work();
-        for (std::thread& helper : helpers) {
-            helper.join();
-        }
+        const int workers = std::min(threads, bandCount_);
+        isShared_ = workers > 1;
+        Crew::shared().run(workers, [this] { work(); });
         Bytes end;
         const std::size_t checksum = beginChunk(end, "IDAT");
         appendNumber(end, adler_);
@@ -278,6 +270,7 @@ public:
 private:
     void work() noexcept {
         try {
+            prepare();
             BandMaker maker(source_, effort_, bandRows_);
             for (int index = next_++; index < bandCount_ && !hasFailed_; index = next_++) {
                 const int first = index * bandRows_;
@@ -287,9 +280,16 @@ private:
                     return;
                 }
                 join(index, std::move(band));
+                prepare();
             }
         } catch (const std::bad_alloc&) {
             fail("not enough memory for the picture");
+        }
+    }
+
+    void prepare() const {
+        if (isShared_) {
+            source_.prepare();
         }
     }
 
@@ -337,6 +337,7 @@ private:
     PngEffort effort_;
     int bandRows_ = 0;
     int bandCount_ = 0;
+    bool isShared_ = false; // by several threads
     std::atomic<int> next_ = 0;
     std::atomic<bool> hasFailed_ = false;
     std::mutex mutex_;
@@ -358,26 +359,28 @@ Status encode(const RowSource& source, codecs::DocumentSink& sink, PngEffort eff
         return Failure{"a picture of " + std::to_string(source.size.width) + " pixels across is too wide for PNG"};
     }
     try {
-        const int cores = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
-        return Encoder(source, effort, sink).encode(threads > 0 ? threads : cores);
+        return Encoder(source, effort, sink).encode(threadsFor(threads));
     } catch (const std::bad_alloc&) {
         return Failure{"not enough memory for the picture"};
     }
 }
 
 RowSource rowsOf(const Bitmap& bitmap, bool isOpaque) {
-    return {bitmap.size(), isOpaque, [&bitmap](int first, int count, std::span<std::uint8_t> out) {
+    return {bitmap.size(), isOpaque,
+            [&bitmap](int first, int count, std::span<std::uint8_t> out) {
                 std::copy_n(bitmap.row(first), static_cast<std::size_t>(count) * bitmap.stride(), out.begin());
-            }};
+            },
+            [] {}};
 }
 
 /// Nothing where the rows have to be drawn for `RowUse::any`.
 std::optional<Status> encodeRows(const Recording& recording, RowUse use, bool isOpaque, codecs::DocumentSink& sink,
                                  PngEffort effort, int threads) {
     const Rasterizer rasterizer(recording, use, threads);
-    const RowSource rows{recording.size(), isOpaque, [&rasterizer](int first, int count, std::span<std::uint8_t> out) {
-                             rasterizer.rows(first, count, out);
-                         }};
+    const RowSource rows{
+        recording.size(), isOpaque,
+        [&rasterizer](int first, int count, std::span<std::uint8_t> out) { rasterizer.rows(first, count, out); },
+        [&rasterizer] { rasterizer.decodeAhead(); }};
     Status encoded = encode(rows, sink, effort, threads);
     if (!rasterizer.finish()) {
         return std::nullopt;

@@ -1,11 +1,11 @@
 #include "platform/graphics/raster/LayerStack.h"
 
+#include "platform/foundation/Crew.h"
 #include "platform/foundation/Trace.h"
 
 #include <algorithm>
 #include <atomic>
 #include <cstring>
-#include <thread>
 
 namespace quillomat::raster {
 
@@ -51,13 +51,7 @@ void LayerStack::drawOn(Bitmap& picture, const SampledArea& area, int threads) c
             drawRows(first, std::min(bandRows, area.bottom - first), columns, picture.row(first), scratch);
         }
     };
-    const int cores = threads > 0 ? threads : static_cast<int>(std::thread::hardware_concurrency());
-    std::vector<std::jthread> helpers;
-    for (int i = 1; i < std::min(cores, bands); ++i) {
-        helpers.emplace_back(work);
-    }
-    work();
-    helpers.clear(); // joins
+    Crew::shared().run(std::min(threadsFor(threads), bands), work);
 }
 
 } // namespace quillomat::raster
