@@ -16,6 +16,13 @@ namespace HWY_NAMESPACE { // NOLINT: the library's own name for each kind of pro
 
 #if HWY_TARGET != HWY_SCALAR
 
+#if HWY_TARGET == HWY_AVX3_DL
+// These processors add pairs of products to a sum at once, which the library does not ask the compiler for. Clang would
+// not add that to what is asked for around it, so all of it is asked for anew.
+HWY_POP_ATTRIBUTES
+HWY_PUSH_ATTRIBUTES(HWY_TARGET_STR ",avx512vnni")
+#endif
+
 // The compiler takes a closure for a function that may stay one, which would pass registers through memory.
 #define ALWAYS_INLINED __attribute__((always_inline))
 
@@ -82,9 +89,21 @@ public:
 
     HWY_INLINE PairSums() : sum_(hn::Zero(D32())), rest_(hn::Zero(D32())) {}
     HWY_INLINE void add(hn::Vec<D16> a, hn::Vec<D16> b) {
+#if HWY_TARGET == HWY_AVX3_DL
+        if constexpr (hn::MaxLanes(D32()) == 16) {
+            sum_ = hn::Vec<D32>{_mm512_dpwssd_epi32(sum_.raw, a.raw, b.raw)};
+        } else if constexpr (hn::MaxLanes(D32()) == 8) {
+            sum_ = hn::Vec<D32>{_mm256_dpwssd_epi32(sum_.raw, a.raw, b.raw)};
+        } else {
+            sum_ = hn::Vec<D32>{_mm_dpwssd_epi32(sum_.raw, a.raw, b.raw)};
+        }
+#else
         sum_ = hn::ReorderWidenMulAccumulate(D32(), a, b, sum_, rest_);
+#endif
     }
-    [[nodiscard]] HWY_INLINE hn::Vec<D32> total() const { return hn::RearrangeToOddPlusEven(sum_, rest_); }
+    [[nodiscard]] HWY_INLINE hn::Vec<D32> total() const {
+        return hn::RearrangeToOddPlusEven(sum_, rest_);
+    }
 
 private:
     hn::Vec<D32> sum_;
@@ -348,6 +367,11 @@ void filterAlongCurve(const Footprint& footprint, const CurvedRow& row, int firs
 }
 
 #undef ALWAYS_INLINED
+
+#if HWY_TARGET == HWY_AVX3_DL
+HWY_POP_ATTRIBUTES
+HWY_PUSH_ATTRIBUTES(HWY_TARGET_STR)
+#endif
 
 #endif
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace quillomat::raster {
 
@@ -54,7 +55,41 @@ int samplesOf(int pixels, const PlaneAxis& plane) {
     return plane.step == 1 ? pixels : pixels / 2 + 2;
 }
 
+/// The shortest period, where there is one. From a photograph's 4000 pixels to 1080 it is 27.
+Period periodOf(double samplesPerPosition, const PlaneAxis& plane) {
+    constexpr int longest = 512;
+    constexpr double rounding = 1e-10; // errors of the map, far below what a weight shows
+    for (int positions = 1; positions <= longest; ++positions) {
+        const double samples = samplesPerPosition * positions;
+        const double whole = std::round(samples);
+        if (std::abs(samples - whole) < rounding && std::abs(whole) < 1e6 && std::fmod(whole, plane.step) == 0) {
+            return {positions, static_cast<int>(whole)};
+        }
+    }
+    return {};
+}
+
+int lowestSample(const Reached& reached, int pixels, const PlaneAxis& plane) {
+    return sharesOf(std::clamp(reached.lowest, 0, pixels - 1), plane).lowest();
+}
+
+/// Neither its pixels nor its taps meet the picture's edges.
+bool liesInside(const Reached& reached, int pixels, const PlaneAxis& plane, int taps) {
+    return reached.lowest > 0 && reached.lowest + reached.count < pixels &&
+           lowestSample(reached, pixels, plane) + taps <= plane.samples;
+}
+
+/// What lies beyond the taps goes to the last of them.
+void addWeight(std::vector<double>& weights, int tap, double weight) {
+    weights[static_cast<std::size_t>(std::clamp(tap, 0, static_cast<int>(weights.size()) - 1))] += weight;
+}
+
 } // namespace
+
+Reached::Reached(double position, double spread)
+    : lowest(static_cast<int>(std::floor(position - spread)) + 1)
+    , count(static_cast<int>(std::ceil(position + spread)) - lowest)
+    , begin(lowest - position) {}
 
 StretchAxis::StretchAxis(double origin, double scale, PictureFilter filter)
     : origin_(origin), scale_(scale), filter_(filter) {
@@ -91,44 +126,70 @@ void StretchAxis::writeShares(double t, int count, double* shares) const {
     }
 }
 
+/// Positions whole periods apart are all reckoned from the first of them, so that they differ by nothing, whichever of
+/// them a table has.
+Reached StretchAxis::reachedFrom(int at, int pixels, const Period& period) const {
+    const double spread = reach();
+    const int periods = period.positions > 0 ? at / period.positions : 0;
+    const double first = ((at - periods * period.positions) + 0.5 - origin_) / scale_ / factor() - 0.5;
+    const int moved = periods * period.samples;
+    const double bounded = std::clamp(first + moved, -spread - 1, pixels + spread + 1);
+    if (bounded != first + moved) {
+        return {bounded, spread};
+    }
+    Reached reached(first, spread);
+    reached.lowest += moved;
+    return reached;
+}
+
 template <typename Weight>
 AxisTable<Weight> StretchAxis::table(int from, int to, int pixels, const PlaneAxis& plane,
                                      const TableForm& form) const {
-    const double spread = reach();
     AxisTable<Weight> result;
     result.start = from;
-    const int needed = std::min(plane.samples, samplesOf(static_cast<int>(std::ceil(2 * spread)), plane));
+    const int needed = std::min(plane.samples, samplesOf(static_cast<int>(std::ceil(2 * reach())), plane));
     const int together = needed <= form.fewestTaps ? form.fewestTaps : form.tapsTogether;
     result.taps = (needed + together - 1) / together * together;
     const auto count = static_cast<std::size_t>(to - from);
-    result.first.resize(count);
-    result.weights.resize(count * static_cast<std::size_t>(result.taps));
     const auto taps = static_cast<std::size_t>(result.taps);
+    result.first.resize(count);
+    result.weights.resize(count * taps);
     std::vector<double> weights(taps);
-    std::vector<double> shares(static_cast<std::size_t>(2 * spread) + 2);
+    std::vector<double> shares(static_cast<std::size_t>(2 * reach()) + 2);
+
+    const Period period = periodOf(1 / (scale_ * factor()), plane);
+    // What the position a period before reached, where all of that lies inside.
+    std::vector<Reached> before(static_cast<std::size_t>(period.positions < to - from ? period.positions : 0));
     for (int at = from; at < to; ++at) {
-        const double center = (at + 0.5 - origin_) / scale_ / factor() - 0.5;
-        const double bounded = std::clamp(center, -spread - 1, pixels + spread + 1);
-        const int lowest = static_cast<int>(std::floor(bounded - spread)) + 1;
-        const int highest = static_cast<int>(std::ceil(bounded + spread)) - 1;
-        const int reached = highest + 1 - lowest;
-        writeShares(lowest - bounded, reached, shares.data());
-        const int lowestSample = sharesOf(std::clamp(lowest, 0, pixels - 1), plane).lowest();
-        const int first = std::clamp(lowestSample, 0, std::max(0, plane.samples - result.taps));
+        const std::size_t line = result.index(at);
+        Weight* const out = result.weights.data() + line * taps;
+        Reached* const like = before.empty() ? nullptr : &before[line % before.size()];
+        if (like != nullptr && like->count > 0) {
+            like->lowest += period.samples;
+            if (liesInside(*like, pixels, plane, result.taps)) {
+                result.first[line] = lowestSample(*like, pixels, plane);
+                std::copy_n(result.line(at - period.positions), taps, out);
+                continue;
+            }
+            like->count = 0;
+        }
+        const Reached reached = reachedFrom(at, pixels, period);
+        if (like != nullptr && liesInside(reached, pixels, plane, result.taps)) {
+            *like = reached;
+        }
+        const int first = std::clamp(lowestSample(reached, pixels, plane), 0, std::max(0, plane.samples - result.taps));
+        writeShares(reached.begin, reached.count, shares.data());
         std::fill(weights.begin(), weights.end(), 0.0);
-        const auto add = [&](int sample, double weight) {
-            weights[static_cast<std::size_t>(std::clamp(sample - first, 0, result.taps - 1))] += weight;
-        };
-        for (int i = 0; i < reached; ++i) {
+        for (int i = 0; i < reached.count; ++i) {
             const double share = shares[static_cast<std::size_t>(i)];
-            const PixelShares samples = sharesOf(std::clamp(lowest + i, 0, pixels - 1), plane);
-            add(samples.nearest, share * samples.ofNearest);
+            const PixelShares samples = sharesOf(std::clamp(reached.lowest + i, 0, pixels - 1), plane);
+            addWeight(weights, samples.nearest - first, share * samples.ofNearest);
             if (samples.ofNearest < 1) {
-                add(samples.other, share * (1 - samples.ofNearest));
+                addWeight(weights, samples.other - first, share * (1 - samples.ofNearest));
             }
         }
-        result.first[result.index(at)] = first;
-        quantiseLine(weights, form.sum, result.weights.data() + result.index(at) * taps);
+        result.first[line] = first;
+        quantiseLine(weights, form.sum, out);
     }
     return result;
 }

@@ -57,6 +57,23 @@ struct PlaneAxis {
     int step = 1;
 };
 
+/// After so many canvas positions an axis has gone on by exactly so many samples: positions that lie whole periods
+/// apart take their samples alike.
+struct Period {
+    int positions = 0; // none
+    int samples = 0;
+};
+
+/// The pixels that a canvas position reaches.
+struct Reached {
+    int lowest = 0;
+    int count = 0;
+    double begin = 0; // of the lowest, from the position on
+
+    Reached() = default;
+    Reached(double position, double spread);
+};
+
 /// How many times an axis is halved beforehand, and which filter follows.
 class StretchAxis {
 public:
@@ -78,6 +95,7 @@ private:
     [[nodiscard]] double factor() const { return 1 << level_; }
     [[nodiscard]] double width() const;
     [[nodiscard]] double reach() const;
+    [[nodiscard]] Reached reachedFrom(int at, int pixels, const Period& period) const;
     void writeShares(double t, int count, double* shares) const;
 
     double origin_ = 0;

@@ -229,24 +229,6 @@ TEST_F(KernelsTwins, mixColumns) {
     EXPECT_GT(single, 20);
 }
 
-TEST(StretchAxis, linesOfBytesFitSumsOf16Bits) {
-    for (double scale = 0.02; scale < 40; scale *= 1.003) {
-        for (const int samples : {1, 3, 300}) {
-            const StretchAxis axis(0.31, samples == 3 ? -scale : scale, PictureFilter::smooth);
-            const int from = samples == 3 ? -130 : -10;
-            const auto table = axis.table<std::int8_t>(from, from + 140, samples, {mixedWhole, 1, 1});
-            for (int at = from; at < from + 140; ++at) {
-                int positive = 0, negative = 0;
-                for (int tap = 0; tap < table.taps; ++tap) {
-                    (table.line(at)[tap] > 0 ? positive : negative) += table.line(at)[tap];
-                }
-                ASSERT_EQ(positive + negative, mixedWhole) << scale << ", " << at;
-                ASSERT_LE(positive, mostOneSign) << scale << ", " << at;
-            }
-        }
-    }
-}
-
 TEST(Kernels, mixingOneRowOrColumnKeepsIt) {
     std::vector<std::uint8_t> bytes(256);
     for (std::size_t i = 0; i < bytes.size(); ++i) {
