@@ -59,10 +59,12 @@ int samplesOf(int pixels, const PlaneAxis& plane) {
 Period periodOf(double samplesPerPosition, const PlaneAxis& plane) {
     constexpr int longest = 512;
     constexpr double rounding = 1e-10; // errors of the map, far below what a weight shows
+    constexpr double mostSamples = 16; // for a position: an axis at its level has half as many, or is out of all bounds
     for (int positions = 1; positions <= longest; ++positions) {
         const double samples = samplesPerPosition * positions;
         const double whole = std::round(samples);
-        if (std::abs(samples - whole) < rounding && std::abs(whole) < 1e6 && std::fmod(whole, plane.step) == 0) {
+        if (std::abs(samples - whole) < rounding && std::abs(whole) <= mostSamples * positions &&
+            std::fmod(whole, plane.step) == 0) {
             return {positions, static_cast<int>(whole)};
         }
     }
