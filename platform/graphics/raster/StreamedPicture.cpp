@@ -1,6 +1,5 @@
 #include "platform/graphics/raster/StreamedPicture.h"
 
-#include "platform/foundation/Pages.h"
 #include "platform/foundation/Trace.h"
 #include "platform/graphics/raster/PlanarStretch.h"
 #include "platform/graphics/raster/StretchAxis.h"
