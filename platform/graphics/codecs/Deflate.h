@@ -13,6 +13,10 @@ namespace quillomat::codecs {
 /// From ISA-L's fastest to libdeflate's utmost.
 enum class DeflateEffort { fast, careful, best, utmost };
 
+/// How far back equal bytes are looked for. What is alike in noise is so by chance: a reference to it takes more bits
+/// than its bytes do, unless it is a run's, a few bytes back.
+enum class DeflateReach { window, runs };
+
 /// One for each thread: the state of either library is large and used again from piece to piece.
 class PieceDeflater {
 public:
@@ -21,8 +25,10 @@ public:
     PieceDeflater(const PieceDeflater&) = delete;
     PieceDeflater& operator=(const PieceDeflater&) = delete;
 
-    /// Appends the piece to `out`; after the last one the stream is complete. False when the library fails.
-    [[nodiscard]] bool deflate(std::span<const std::uint8_t> piece, bool isLast, Bytes& out);
+    /// Appends the piece to `out`; after the last one the stream is complete. False when the library fails. Only the
+    /// fast effort needs to be told how far to reach: the others weigh what each reference costs.
+    [[nodiscard]] bool deflate(std::span<const std::uint8_t> piece, bool isLast, Bytes& out,
+                               DeflateReach reach = DeflateReach::window);
 
 private:
     struct State;

@@ -74,20 +74,76 @@ void Filter(RowFilter filter, const std::uint8_t* HWY_RESTRICT row, const std::u
     }
 }
 
-std::uint64_t Cost(const std::uint8_t* HWY_RESTRICT filtered, std::size_t length) {
+// 16 * log2(1 + i), and for each sixteen the same of its middle; nothing for the first one, which the other table
+// knows.
+alignas(16) constexpr std::uint8_t costsOfUnits[16] = {0, 16, 25, 32, 37, 41, 45, 48, 51, 53, 55, 57, 59, 61, 63, 64};
+alignas(16) constexpr std::uint8_t costsOfSixteens[16] = {0, 74, 86, 93, 99, 104, 107, 111, 114};
+
+template <class V> HWY_INLINE V costsOf(Bytes8 d, V filtered) {
+    const V distance = hn::Min(filtered, hn::Sub(hn::Zero(d), filtered));
+    const V units = hn::And(distance, hn::Set(d, std::uint8_t{15}));
+    const V sixteens = hn::ShiftRight<4>(distance);
+#if HWY_TARGET == HWY_SCALAR
+    const V ofUnits = hn::Set(d, costsOfUnits[hn::GetLane(units)]);
+    const V ofSixteens = hn::Set(d, costsOfSixteens[hn::GetLane(sixteens)]);
+#else
+    const V ofUnits = hn::TableLookupBytes(hn::LoadDup128(d, costsOfUnits), units);
+    const V ofSixteens = hn::TableLookupBytes(hn::LoadDup128(d, costsOfSixteens), sixteens);
+#endif
+    return hn::Max(ofUnits, ofSixteens);
+}
+
+void Costs(const std::uint8_t* HWY_RESTRICT row, const std::uint8_t* HWY_RESTRICT above, std::size_t length,
+           std::size_t pixelBytes, RowCosts& costs) {
     const Bytes8 d;
     const hn::Repartition<std::uint64_t, Bytes8> d64;
-    auto sums = hn::Zero(d64);
+    auto none = hn::Zero(d64);
+    auto sub = none;
+    auto up = none;
+    auto average = none;
+    auto paeth = none;
+    const auto addFrom = [&](std::size_t i, auto kept) HWY_ATTR {
+        const auto value = hn::LoadU(d, row + i);
+        const auto left = hn::LoadU(d, row + i - pixelBytes);
+        const auto over = hn::LoadU(d, above + i);
+        const auto overLeft = hn::LoadU(d, above + i - pixelBytes);
+        const auto sumOf = [&](auto filtered) HWY_ATTR { return hn::SumsOf8(hn::And(costsOf(d, filtered), kept)); };
+        none = hn::Add(none, sumOf(value));
+        sub = hn::Add(sub, sumOf(hn::Sub(value, left)));
+        up = hn::Add(up, sumOf(hn::Sub(value, over)));
+        average = hn::Add(average, sumOf(hn::Sub(value, predictAverage(d, left, over))));
+        paeth = hn::Add(paeth, sumOf(hn::Sub(value, predictPaeth(d, left, over, overLeft))));
+    };
+    const std::size_t whole = length - length % hn::Lanes(d);
+    for (std::size_t i = 0; i < whole; i += hn::Lanes(d)) {
+        addFrom(i, hn::Set(d, std::uint8_t{0xff}));
+    }
+    if (whole < length) {
+        addFrom(whole, hn::VecFromMask(d, hn::FirstN(d, length - whole)));
+    }
+    costs = {hn::GetLane(hn::SumOfLanes(d64, none)), hn::GetLane(hn::SumOfLanes(d64, sub)),
+             hn::GetLane(hn::SumOfLanes(d64, up)), hn::GetLane(hn::SumOfLanes(d64, average)),
+             hn::GetLane(hn::SumOfLanes(d64, paeth))};
+}
+
+void CostOfFiltered(const std::uint8_t* HWY_RESTRICT filtered, std::size_t length, FilteredCost& cost) {
+    const Bytes8 d;
+    const hn::Repartition<std::uint64_t, Bytes8> d64;
+    const auto one = hn::Set(d, std::uint8_t{1});
+    auto sixteenths = hn::Zero(d64);
+    auto zeros = sixteenths;
     std::size_t i = 0;
     for (; i + hn::Lanes(d) <= length; i += hn::Lanes(d)) {
         const auto value = hn::LoadU(d, filtered + i);
-        sums = hn::Add(sums, hn::SumsOf8(hn::Min(value, hn::Sub(hn::Zero(d), value))));
+        sixteenths = hn::Add(sixteenths, hn::SumsOf8(costsOf(d, value)));
+        zeros = hn::Add(zeros, hn::SumsOf8(hn::IfThenElseZero(value == hn::Zero(d), one)));
     }
-    std::uint64_t sum = hn::GetLane(hn::SumOfLanes(d64, sums));
+    cost = {hn::GetLane(hn::SumOfLanes(d64, sixteenths)), hn::GetLane(hn::SumOfLanes(d64, zeros))};
     for (; i < length; ++i) {
-        sum += std::min<unsigned>(filtered[i], 256U - filtered[i]);
+        const int distance = std::min<int>(filtered[i], 256 - filtered[i]);
+        cost.sixteenths += std::max(costsOfUnits[distance % 16], costsOfSixteens[distance / 16]);
+        cost.zeros += filtered[i] == 0 ? 1 : 0;
     }
-    return sum;
 }
 
 void DropAlpha(const std::uint8_t* HWY_RESTRICT rgba, std::uint8_t* HWY_RESTRICT rgb, std::size_t pixels) {
@@ -118,8 +174,16 @@ void filterRow(RowFilter filter, const std::uint8_t* row, const std::uint8_t* ab
     QUILLOMAT_DISPATCH(Filter)(filter, row, above, length, pixelBytes, out);
 }
 
-std::uint64_t costOfRow(const std::uint8_t* filtered, std::size_t length) {
-    return QUILLOMAT_DISPATCH(Cost)(filtered, length);
+RowCosts costsOfRow(const std::uint8_t* row, const std::uint8_t* above, std::size_t length, std::size_t pixelBytes) {
+    RowCosts costs{};
+    QUILLOMAT_DISPATCH(Costs)(row, above, length, pixelBytes, costs);
+    return costs;
+}
+
+FilteredCost costOfFiltered(const std::uint8_t* filtered, std::size_t length) {
+    FilteredCost cost;
+    QUILLOMAT_DISPATCH(CostOfFiltered)(filtered, length, cost);
+    return cost;
 }
 
 void dropAlpha(const std::uint8_t* rgba, std::uint8_t* rgb, std::size_t pixels) {

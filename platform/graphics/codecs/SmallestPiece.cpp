@@ -1,6 +1,6 @@
-// The sum of distances from zero, by which filters are chosen as a rule, is a bad guess for screenshots: on flat areas
-// and type one filter for a whole band, often none at all, deflates to a fifth less. So each way is deflated by the
-// fast library, which costs a twentieth of the thorough one, and the winner is deflated thoroughly.
+// What a filtered row is likely to cost is a bad guess for screenshots, whatever the measure: on flat areas and type
+// one filter for a whole band, often none at all, deflates to a fifth less. So each way is deflated by the fast
+// library, which costs a twentieth of the thorough one, and the winner is deflated thoroughly.
 #include "platform/graphics/codecs/SmallestPiece.h"
 
 #include "platform/graphics/codecs/RowFilters.h"
@@ -23,8 +23,7 @@ SmallestPiece::SmallestPiece(std::size_t rowBytes, std::size_t pixelBytes, int m
     , pixelBytes_(pixelBytes)
     , isSmall_(isSmall)
     , best_((rowBytes + 1) * static_cast<std::size_t>(mostRows) + rowPadding)
-    , tried_(best_.size())
-    , trial_(rowBytes + rowPadding) {}
+    , tried_(best_.size()) {}
 
 bool SmallestPiece::make(const std::uint8_t* rows, std::size_t stride, int count, bool isLast, Bytes& out) {
     length_ = (rowBytes_ + 1) * static_cast<std::size_t>(count);
@@ -70,8 +69,8 @@ void SmallestPiece::filter(Way way, const std::uint8_t* rows, std::size_t stride
     for (int y = 0; y < count; ++y) {
         const std::uint8_t* row = rows + stride * static_cast<std::size_t>(y);
         std::uint8_t* out = tried_.data() + (rowBytes_ + 1) * static_cast<std::size_t>(y);
-        if (way == Way::leastSum) {
-            filterByLeastSum(row, row - stride, out);
+        if (way == Way::leastCost) {
+            filterByLeastCost(row, row - stride, out);
             continue;
         }
         auto filter = static_cast<RowFilter>(way);
@@ -83,17 +82,9 @@ void SmallestPiece::filter(Way way, const std::uint8_t* rows, std::size_t stride
     }
 }
 
-void SmallestPiece::filterByLeastSum(const std::uint8_t* row, const std::uint8_t* above, std::uint8_t* out) {
-    std::uint64_t least = std::numeric_limits<std::uint64_t>::max();
-    RowFilter best = RowFilter::sub;
-    for (const RowFilter filter :
-         {RowFilter::none, RowFilter::sub, RowFilter::up, RowFilter::average, RowFilter::paeth}) {
-        filterRow(filter, row, above, rowBytes_, pixelBytes_, trial_.data());
-        if (const std::uint64_t cost = costOfRow(trial_.data(), rowBytes_); cost < least) {
-            least = cost;
-            best = filter;
-        }
-    }
+void SmallestPiece::filterByLeastCost(const std::uint8_t* row, const std::uint8_t* above, std::uint8_t* out) const {
+    const RowCosts costs = costsOfRow(row, above, rowBytes_, pixelBytes_);
+    const auto best = static_cast<RowFilter>(std::ranges::min_element(costs) - costs.begin());
     *out = static_cast<std::uint8_t>(best);
     filterRow(best, row, above, rowBytes_, pixelBytes_, out + 1);
 }

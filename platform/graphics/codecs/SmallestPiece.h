@@ -24,11 +24,11 @@ public:
     [[nodiscard]] std::span<const std::uint8_t> filtered() const { return std::span(best_).first(length_); }
 
 private:
-    enum class Way { none, sub, up, average, paeth, leastSum };
-    static constexpr Way ways[] = {Way::none, Way::sub, Way::up, Way::average, Way::paeth, Way::leastSum};
+    enum class Way { none, sub, up, average, paeth, leastCost };
+    static constexpr Way ways[] = {Way::none, Way::sub, Way::up, Way::average, Way::paeth, Way::leastCost};
 
     void filter(Way way, const std::uint8_t* rows, std::size_t stride, int count);
-    void filterByLeastSum(const std::uint8_t* row, const std::uint8_t* above, std::uint8_t* out);
+    void filterByLeastCost(const std::uint8_t* row, const std::uint8_t* above, std::uint8_t* out) const;
     [[nodiscard]] bool choose(const std::uint8_t* rows, std::size_t stride, int count, std::size_t& size);
     [[nodiscard]] DeflateEffort effortFor(std::size_t fastSize) const;
     [[nodiscard]] PieceDeflater& deflaterFor(DeflateEffort effort);
@@ -39,7 +39,6 @@ private:
     std::size_t length_ = 0;
     std::vector<std::uint8_t> best_;
     std::vector<std::uint8_t> tried_;
-    std::vector<std::uint8_t> trial_;
     Bytes deflated_;
     std::map<DeflateEffort, PieceDeflater> deflaters_; // made when first needed
 };

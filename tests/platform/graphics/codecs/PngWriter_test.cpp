@@ -7,6 +7,7 @@
 
 #include <png.h>
 
+#include <cmath>
 #include <optional>
 #include <random>
 #include <string_view>
@@ -132,6 +133,42 @@ TEST(PngWriter, filesAreNoLargerThanThoseOfLibpng) {
         std::copy_n(whole->row(400), bitmap->bytes().size(), bitmap->row(0));
         EXPECT_LE(encodePng(*bitmap, PngEffort::fast)->size(), sizeByLibpng(*bitmap, 1)) << name;
         EXPECT_LE(encodePng(*bitmap, PngEffort::best)->size(), sizeByLibpng(*bitmap, 9)) << name;
+    }
+}
+
+/// Three channels of slopes and noise of a few levels, as a photograph's out of a camera.
+Bitmap noisySlopes(PixelSize size) {
+    std::mt19937 random(5);
+    std::normal_distribution<float> noise(0, 2.5F);
+    Bitmap bitmap(size);
+    for (int y = 0; y < size.height; ++y) {
+        for (int x = 0; x < size.width; ++x) {
+            std::uint8_t* p = bitmap.row(y) + static_cast<std::ptrdiff_t>(x) * 4;
+            for (int c = 0; c < 3; ++c) {
+                p[c] = static_cast<std::uint8_t>(128 + x / (9 + c) % 64 - y / 7 % 32 + std::lround(noise(random)));
+            }
+            p[3] = 255;
+        }
+    }
+    return bitmap;
+}
+
+TEST(PngWriter, noiseIsNotWrittenAsReferencesToWhatIsAlikeByChance) {
+    const Bitmap noise = noisySlopes({1200, 200});
+    EXPECT_LT(encodePng(noise)->size() * 100, sizeByLibpng(noise, 1) * 95);
+}
+
+TEST(PngWriter, rowsThatRepeatTheOneAboveHaveAFilterOfTheirOwn) {
+    // As of a screen drawn at half its size: wherever the eye falls, every other row is new.
+    const Bitmap noise = noisySlopes({1200, 200});
+    for (const int phase : {0, 1}) {
+        Bitmap doubled(noise.size());
+        for (int y = 0; y < doubled.height(); ++y) {
+            std::copy_n(noise.row((y + phase) / 2), doubled.stride(), doubled.row(y));
+        }
+        const std::size_t once = encodePng(noise)->size();
+        EXPECT_LT(encodePng(doubled)->size() * 100, once * 56) << phase;
+        EXPECT_LE(encodePng(doubled)->size(), sizeByLibpng(doubled, 1)) << phase;
     }
 }
 

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <random>
 #include <vector>
@@ -37,6 +39,13 @@ std::uint8_t filtered(RowFilter filter, int value, int left, int above, int abov
     return 0;
 }
 
+/// Sixteenths of a bit for a filtered byte.
+std::uint64_t costOf(std::uint8_t filteredByte) {
+    const int distance = std::abs(int{static_cast<std::int8_t>(filteredByte)});
+    const int stood = distance < 16 ? distance : distance / 16 * 16 + 8;
+    return static_cast<std::uint64_t>(std::lround(16 * std::log2(1 + stood)));
+}
+
 TEST(RowFilters, everyFilterAtEveryWidthIsTheStandards) {
     std::mt19937 random(1);
     onEveryTarget([&](const char* target) {
@@ -50,24 +59,43 @@ TEST(RowFilters, everyFilterAtEveryWidthIsTheStandards) {
                     above[rowPadding + i] = static_cast<std::uint8_t>(random() % (pixels % 2 == 0 ? 256 : 3));
                     row[rowPadding + i] = static_cast<std::uint8_t>(random() % (pixels % 2 == 0 ? 256 : 3));
                 }
+                const codecs::RowCosts costs =
+                    codecs::costsOfRow(row.data() + rowPadding, above.data() + rowPadding, length, pixelBytes);
                 for (const RowFilter filter :
                      {RowFilter::none, RowFilter::sub, RowFilter::up, RowFilter::average, RowFilter::paeth}) {
                     std::vector<std::uint8_t> out(length + rowPadding + 1, 0xee);
                     codecs::filterRow(filter, row.data() + rowPadding, above.data() + rowPadding, length, pixelBytes,
                                       out.data());
-                    std::uint64_t cost = 0;
+                    codecs::FilteredCost cost;
                     for (std::size_t i = 0; i < length; ++i) {
                         const std::uint8_t* r = row.data() + rowPadding + i;
                         const std::uint8_t* a = above.data() + rowPadding + i;
                         const std::uint8_t expected = filtered(filter, *r, *(r - pixelBytes), *a, *(a - pixelBytes));
                         ASSERT_EQ(out[i], expected) << target << " filter " << int(filter) << " at " << i;
-                        cost += static_cast<std::uint64_t>(std::abs(int{static_cast<std::int8_t>(expected)}));
+                        cost.sixteenths += costOf(expected);
+                        cost.zeros += expected == 0 ? 1 : 0;
                     }
                     EXPECT_EQ(out.back(), 0xee) << target << ": written too far";
-                    EXPECT_EQ(codecs::costOfRow(out.data(), length), cost) << target;
+                    EXPECT_EQ(costs.at(static_cast<std::size_t>(filter)), cost.sixteenths) << target;
+                    const codecs::FilteredCost counted = codecs::costOfFiltered(out.data(), length);
+                    EXPECT_EQ(counted.sixteenths, cost.sixteenths) << target;
+                    EXPECT_EQ(counted.zeros, cost.zeros) << target;
                 }
             }
         }
+    });
+}
+
+TEST(RowFilters, whatLiesBehindARowCostsNothing) {
+    onEveryTarget([](const char* target) {
+        std::vector<std::uint8_t> row(30 + 2 * rowPadding, 0x55);
+        std::fill_n(row.begin(), rowPadding + 30, std::uint8_t{0});
+        const std::vector<std::uint8_t> above(row.size());
+        const codecs::RowCosts costs = codecs::costsOfRow(row.data() + rowPadding, above.data() + rowPadding, 30, 3);
+        EXPECT_EQ(costs, codecs::RowCosts{}) << target;
+        const codecs::FilteredCost cost = codecs::costOfFiltered(row.data() + rowPadding, 30);
+        EXPECT_EQ(cost.sixteenths, 0U) << target;
+        EXPECT_EQ(cost.zeros, 30U) << target;
     });
 }
 
