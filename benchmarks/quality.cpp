@@ -99,6 +99,16 @@ std::vector<Case> cases() {
         std::snprintf(name, sizeof name, "shrunk %.1f times", shrink);
         all.push_back({name, {static_cast<int>(300 * shrink), static_cast<int>(380 * shrink)}, quad, 0});
     }
+    for (const double shrink : {2.0, 3.0, 4.0}) {
+        for (const int degrees : {4, 15, 30, 45}) {
+            char name[40];
+            std::snprintf(name, sizeof name, "shrunk %.1f times, turned %d", shrink, degrees);
+            all.push_back({name,
+                           {static_cast<int>(258 * shrink), static_cast<int>(315 * shrink)},
+                           turnedQuad({210.3, 260.2}, {260, 318}, degrees),
+                           0});
+        }
+    }
     return all;
 }
 
@@ -116,6 +126,17 @@ void judgeQuads(const char* content, const std::function<Bitmap(PixelSize)>& dra
             }
         }
 #endif
+    }
+}
+
+/// The screenshot of the benchmark's job, whose own pixels are two to four times as fine as that canvas's.
+void judgeScenes(const char* content, const std::function<Bitmap(PixelSize)>& draw) {
+    constexpr int side = 1080;
+    const Image picture = Image::fromBitmap(draw({1290, 2796}));
+    for (const Slant slant : {Slant::mild, Slant::strong}) {
+        const Recording recording = recordingOf(PixelSize{side, side}, fittedLayer(picture, quadOf(slant, side), 0));
+        const std::string name = slant == Slant::mild ? "mild at 1080" : "strong at 1080";
+        printScore(content + (": " + name), "quillomat", Judge(recording).scoreOf(rasterize(recording)));
     }
 }
 
@@ -149,8 +170,12 @@ int main() {
     using namespace quillomat;
     std::printf("%-34s %-10s %8s %8s %8s %8s\n", "picture: quad", "renderer", "inside", "edge", "edge", "outside");
     std::printf("%-34s %-10s %8s %8s %8s %8s\n", "", "", "dB", "dB", "largest", "pixels");
-    benchmarks::judgeQuads("small type", [](PixelSize size) { return screenshotLike(size); });
-    benchmarks::judgeQuads("zone plate", [](PixelSize size) { return zonePlate(size); });
-    benchmarks::judgeQuads("photograph", [](PixelSize size) { return photographLike(size); });
+    const auto judge = [](const char* content, const std::function<Bitmap(PixelSize)>& draw) {
+        benchmarks::judgeQuads(content, draw);
+        benchmarks::judgeScenes(content, draw);
+    };
+    judge("small type", [](PixelSize size) { return screenshotLike(size); });
+    judge("zone plate", [](PixelSize size) { return zonePlate(size); });
+    judge("photograph", [](PixelSize size) { return photographLike(size); });
     benchmarks::judgeStretches();
 }

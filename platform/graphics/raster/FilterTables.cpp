@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -262,14 +263,12 @@ private:
     }
 
     static std::vector<std::uint8_t> linesOfAllRows(const ColumnTable& columns, int step) {
-        std::vector<std::uint8_t> lines;
-        lines.reserve(std::size_t{2} * phases * 16);
+        std::vector<std::uint8_t> lines(std::size_t{2} * phases * 16);
+        std::uint8_t* line = lines.data();
         for (int phase = -phasesBeyond; phase < phases + phasesBeyond; ++phase) {
-            for (int row = 0; row < 4; ++row) {
+            for (int row = 0; row < 4; ++row, line += 4) {
                 const int ofRow = std::clamp(phase + row * step, -phasesBeyond, phases + phasesBeyond - 1);
-                for (int tap = 0; tap < 4; ++tap) {
-                    lines.push_back(columns.weight(ofRow, tap));
-                }
+                std::memcpy(line, columns.lines + std::ptrdiff_t{4} * ofRow, 4);
             }
         }
         return lines;

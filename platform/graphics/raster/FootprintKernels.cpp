@@ -247,19 +247,47 @@ template <class D32> HWY_INLINE auto asBytes(D32, hn::Vec<D32> numbers) {
     }
 }
 
+/// Where pixels go.
+class PixelsOut {
+public:
+    explicit HWY_INLINE PixelsOut(std::uint8_t* out) : out_(out) {}
+
+    [[nodiscard]] HWY_INLINE PixelsOut from(int i) const { return PixelsOut(out_ + std::ptrdiff_t{4} * i); }
+    template <class D32> HWY_INLINE void store(D32 d32, int i, hn::Vec<D32> sums) const {
+        const hn::Rebind<std::uint8_t, D32> dBytes;
+        const auto raised = hn::Add(sums, hn::Set(d32, sumOfHalf));
+        hn::StoreU(asBytes(d32, hn::ShiftRight<sumBits>(raised)), dBytes, out_ + std::ptrdiff_t{4} * i);
+    }
+
+private:
+    std::uint8_t* out_;
+};
+
+/// Where the sums of parts of pixels go.
+class SumsOut {
+public:
+    explicit HWY_INLINE SumsOut(std::int32_t* sums) : sums_(sums) {}
+
+    [[nodiscard]] HWY_INLINE SumsOut from(int i) const { return SumsOut(sums_ + std::ptrdiff_t{4} * i); }
+    template <class D32> HWY_INLINE void store(D32 d32, int i, hn::Vec<D32> sums) const {
+        hn::StoreU(sums, d32, sums_ + std::ptrdiff_t{4} * i);
+    }
+
+private:
+    std::int32_t* sums_;
+};
+
 /// `kPixels` pixels from i on.
-template <int kBlocks, int kRowTaps, int kPixels, class D8, class Taps>
-HWY_INLINE void filterPixels(D8 d8, const Taps& taps, int i, std::uint8_t* out) {
+template <int kBlocks, int kRowTaps, int kPixels, class D8, class Taps, class Out>
+HWY_INLINE void filterPixels(D8 d8, const Taps& taps, int i, const Out& out) {
     const hn::FixedTag<std::int32_t, std::size_t{kPixels} * 4> d32;
-    const hn::Rebind<std::uint8_t, decltype(d32)> dBytes;
-    const auto raised = hn::Add(pixelSums<kBlocks, kRowTaps, kPixels>(d8, taps, i), hn::Set(d32, sumOfHalf));
-    hn::StoreU(asBytes(d32, hn::ShiftRight<sumBits>(raised)), dBytes, out + static_cast<std::ptrdiff_t>(i) * 4);
+    out.store(d32, i, pixelSums<kBlocks, kRowTaps, kPixels>(d8, taps, i));
 }
 
 /// Pixels [from, to), whose footprints lie within the picture. `kRowTaps` is their number, or 0 where it varies.
-template <int kBlocks, int kRowTaps, bool kSteady>
+template <int kBlocks, int kRowTaps, bool kSteady, class Out>
 HWY_INLINE void filterInside(const Footprint& footprint, const Offsets<kSteady>& offsets, int from, int to,
-                             std::uint8_t* out) {
+                             const Out& out) {
     const WideBytes wide;
     constexpr int together = blocksIn<WideBytes>;
     const TapsInside<kSteady> taps(footprint, offsets);
@@ -279,16 +307,16 @@ HWY_INLINE void filterInside(const Footprint& footprint, const Offsets<kSteady>&
 }
 
 /// One pixel whose footprint leaves the picture: its taps are put together first.
-template <int kBlocks, bool kSteady>
-HWY_INLINE void filterAtEdge(const Footprint& footprint, const Offsets<kSteady>& offsets, int i, std::uint8_t* out) {
+template <int kBlocks, bool kSteady, class Out>
+HWY_INLINE void filterAtEdge(const Footprint& footprint, const Offsets<kSteady>& offsets, int i, const Out& out) {
     const hn::CappedTag<std::uint8_t, kBlocks * 16> d8;
     const TapsAtEdge<kBlocks, kSteady> taps(footprint, offsets, i);
     filterPixels<kBlocks, 0, 1>(d8, taps, i, out);
 }
 
-template <int kBlocks, bool kSteady>
+template <int kBlocks, bool kSteady, class Out>
 HWY_INLINE void filterRunInside(const Footprint& footprint, const Offsets<kSteady>& offsets, int from, int to,
-                                std::uint8_t* out) {
+                                const Out& out) {
     // The commonest numbers of rows have loops of their own.
     if constexpr (kBlocks <= 2) {
         switch (footprint.rows->taps) {
@@ -307,8 +335,8 @@ HWY_INLINE void filterRunInside(const Footprint& footprint, const Offsets<kStead
     filterInside<kBlocks, 0>(footprint, offsets, from, to, out);
 }
 
-template <int kBlocks, bool kSteady, class Positions>
-HWY_INLINE void filterBlocks(const Footprint& footprint, const Positions& positions, int count, std::uint8_t* out) {
+template <int kBlocks, bool kSteady, class Positions, class Out>
+HWY_INLINE void filterBlocks(const Footprint& footprint, const Positions& positions, int count, const Out& out) {
     Offsets<kSteady> offsets;
     findOffsets(footprint, positions, count, offsets);
     for (int from = 0; from < count;) {
@@ -329,16 +357,16 @@ HWY_INLINE void filterBlocks(const Footprint& footprint, const Positions& positi
 }
 
 /// A segment at the positions that `positionsFrom` gives for its first pixel, each `longestSegment` of it.
-template <int kBlocks, bool kSteady, class F>
-void filterSegments(const Footprint& footprint, const F& positionsFrom, int count, std::uint8_t* out) {
+template <int kBlocks, bool kSteady, class F, class Out>
+void filterSegments(const Footprint& footprint, const F& positionsFrom, int count, const Out& out) {
     for (int first = 0; first < count; first += longestSegment) {
         filterBlocks<kBlocks, kSteady>(footprint, positionsFrom(first), std::min(count - first, longestSegment),
-                                       out + static_cast<std::ptrdiff_t>(first) * 4);
+                                       out.from(first));
     }
 }
 
-template <bool kSteady, class F>
-HWY_INLINE void filterByTaps(const Footprint& footprint, const F& positionsFrom, int count, std::uint8_t* out) {
+template <bool kSteady, class F, class Out>
+HWY_INLINE void filterByTaps(const Footprint& footprint, const F& positionsFrom, int count, const Out& out) {
     switch (footprint.columns->taps) {
     case 4:
         return filterSegments<1, kSteady>(footprint, positionsFrom, count, out);
@@ -349,8 +377,8 @@ HWY_INLINE void filterByTaps(const Footprint& footprint, const F& positionsFrom,
     }
 }
 
-template <class F>
-HWY_INLINE void filterFrom(const Footprint& footprint, const F& positionsFrom, int count, std::uint8_t* out) {
+template <class F, class Out>
+HWY_INLINE void filterFrom(const Footprint& footprint, const F& positionsFrom, int count, const Out& out) {
     return footprint.isSteady ? filterByTaps<true>(footprint, positionsFrom, count, out)
                               : filterByTaps<false>(footprint, positionsFrom, count, out);
 }
@@ -358,12 +386,63 @@ HWY_INLINE void filterFrom(const Footprint& footprint, const F& positionsFrom, i
 void filterFootprint(const Footprint& footprint, const std::int32_t* u, const std::int32_t* v, int count,
                      std::uint8_t* out) {
     filterFrom(
-        footprint, [=](int first) { return StoredPositions(u + first, v + first); }, count, out);
+        footprint, [=](int first) { return StoredPositions(u + first, v + first); }, count, PixelsOut(out));
+}
+
+void sumFootprint(const Footprint& footprint, const std::int32_t* u, const std::int32_t* v, int count,
+                  std::int32_t* sums) {
+    filterFrom(
+        footprint, [=](int first) { return StoredPositions(u + first, v + first); }, count, SumsOut(sums));
 }
 
 void filterAlongCurve(const Footprint& footprint, const CurvedRow& row, int first, int count, std::uint8_t* out) {
     filterFrom(
-        footprint, [&row, first](int more) { return CurvePositions(row, first + more); }, count, out);
+        footprint, [&row, first](int more) { return CurvePositions(row, first + more); }, count, PixelsOut(out));
+}
+
+void sumAlongCurve(const Footprint& footprint, const CurvedRow& row, int first, int count, std::int32_t* sums) {
+    filterFrom(
+        footprint, [&row, first](int more) { return CurvePositions(row, first + more); }, count, SumsOut(sums));
+}
+
+/// Pixels of kAcross x kDown parts.
+template <int kAcross, int kDown> void averageEach(const std::int32_t* sums, int count, std::uint8_t* out) {
+    const hn::FixedTag<std::int32_t, 4> d32;
+    constexpr int shift = PixelParts{kAcross, kDown}.shift();
+    const PixelsOut pixels(out);
+    for (int i = 0; i < count; ++i) {
+        auto sum = hn::Zero(d32);
+        for (int down = 0; down < kDown; ++down) {
+            const std::int32_t* part = sums + std::ptrdiff_t{4} * kAcross * (down * count + i);
+            for (int across = 0; across < kAcross; ++across, part += 4) {
+                sum = hn::Add(sum, hn::ShiftRight<shift>(hn::LoadU(d32, part)));
+            }
+        }
+        pixels.store(d32, i, sum);
+    }
+}
+
+template <int kAcross> void averageColumns(const std::int32_t* sums, int partsDown, int count, std::uint8_t* out) {
+
+    switch (partsDown) {
+    case 1:
+        return averageEach<kAcross, 1>(sums, count, out);
+    case 2:
+        return averageEach<kAcross, 2>(sums, count, out);
+    default:
+        return averageEach<kAcross, 4>(sums, count, out);
+    }
+}
+
+void averageParts(const std::int32_t* sums, PixelParts parts, int count, std::uint8_t* out) {
+    switch (parts.across) {
+    case 1:
+        return averageColumns<1>(sums, parts.down, count, out);
+    case 2:
+        return averageColumns<2>(sums, parts.down, count, out);
+    default:
+        return averageColumns<4>(sums, parts.down, count, out);
+    }
 }
 
 #undef ALWAYS_INLINED

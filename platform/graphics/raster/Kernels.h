@@ -1,6 +1,7 @@
 // The hot loops, apart from the plain logic: what they compute is fixed to the bit, however fast they do it.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 
@@ -73,6 +74,19 @@ constexpr int sumBits = 23;
 constexpr std::int32_t sumOfHalf = (1 << (sumBits - 1)) + (128 << sumBits);
 constexpr int shearOne = 1 << 15;
 constexpr int steadyShear = shearOne / phases;
+
+/// Pixels that are the average of parts of themselves: so many beside each other, in so many rows; powers of two.
+struct PixelParts {
+    int across = 1;
+    int down = 1;
+
+    [[nodiscard]] constexpr int count() const { return across * down; }
+    /// Bits that a part's sum loses, so that those of all parts add up to one of a whole pixel.
+    [[nodiscard]] constexpr int shift() const { return std::countr_zero(static_cast<unsigned>(count())); }
+};
+
+constexpr int mostPartsAcross = 4;
+constexpr int mostPartsDown = 4;
 
 constexpr int longestSegment = 64;
 constexpr int longestBlock = 256;
@@ -211,6 +225,12 @@ struct Kernels {
                             std::uint8_t* out);
     /// The same at any number of positions along a curve, from its `first` on.
     void (*filterAlongCurve)(const Footprint& footprint, const CurvedRow& row, int first, int count, std::uint8_t* out);
+    /// The same two for parts of pixels: four sums of weights' products for each position, not rounded yet.
+    void (*sumFootprint)(const Footprint& footprint, const std::int32_t* u, const std::int32_t* v, int count,
+                         std::int32_t* sums);
+    void (*sumAlongCurve)(const Footprint& footprint, const CurvedRow& row, int first, int count, std::int32_t* sums);
+    /// `count` pixels from the sums of their parts, row of parts by row of parts.
+    void (*averageParts)(const std::int32_t* sums, PixelParts parts, int count, std::uint8_t* out);
     /// Weighted sum of `taps` rows of `count` bytes, weights of sum 16384; results have 6 fractional bits.
     void (*combineRows)(const std::uint8_t* const* rows, const std::int16_t* weights, int taps, int count,
                         std::int16_t* out);

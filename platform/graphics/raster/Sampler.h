@@ -22,6 +22,7 @@ struct FootprintBlock {
     int left = 0;
     int length = 0;
     Footprint footprint;
+    PixelParts parts;  // each is filtered by the footprint
     double scaleU = 1; // of the picture that the footprint reads, to the whole one
     double scaleV = 1;
 };
@@ -70,6 +71,7 @@ struct SamplerScratch {
     // Positions of a segment; wide registers are slow to pass what crosses a line of the cache.
     alignas(64) std::array<std::int32_t, longestSegment> u{};
     alignas(64) std::array<std::int32_t, longestSegment> v{};
+    alignas(64) std::array<std::int32_t, std::size_t{4} * longestSegment * mostPartsAcross * mostPartsDown> sums{};
     std::vector<FootprintBlocks> footprints; // of each sampler that has asked
 
     [[nodiscard]] MixedLines& linesOf(const void* asking) {

@@ -54,14 +54,15 @@ RowsOfColumns rowsOfColumns(const Footprint& footprint, std::int32_t u, int phas
     return result;
 }
 
-void filterOnePixel(const Footprint& footprint, std::int32_t u, std::int32_t v, std::uint8_t* out) {
+/// Four sums.
+void sumOnePosition(const Footprint& footprint, std::int32_t u, std::int32_t v, std::int32_t* sums) {
     const PixelView& picture = footprint.picture;
     const int columnTaps = footprint.columns->taps;
     const int rowTaps = footprint.rows->taps;
     const int phaseV = v & (phases - 1);
     const int firstRow = (v >> phaseBits) - rowTaps / 2 + 1;
     const RowsOfColumns columns = rowsOfColumns(footprint, u, phaseV);
-    std::int32_t sums[4] = {};
+    std::fill_n(sums, 4, 0);
     for (int row = 0; row < rowTaps; ++row) {
         const auto y = static_cast<std::size_t>(std::clamp(firstRow + row, 0, picture.height - 1));
         const std::uint8_t* pixels = picture.pixels + y * picture.stride;
@@ -77,9 +78,18 @@ void filterOnePixel(const Footprint& footprint, std::int32_t u, std::int32_t v, 
             sums[channel] += inRow[channel] * footprint.rows->weight(phaseV, row);
         }
     }
+}
+
+void roundSums(const std::int32_t* sums, std::uint8_t* out) {
     for (int channel = 0; channel < 4; ++channel) {
         out[channel] = static_cast<std::uint8_t>(static_cast<std::uint32_t>(sums[channel] + sumOfHalf) >> sumBits);
     }
+}
+
+void filterOnePixel(const Footprint& footprint, std::int32_t u, std::int32_t v, std::uint8_t* out) {
+    std::int32_t sums[4];
+    sumOnePosition(footprint, u, v, sums);
+    roundSums(sums, out);
 }
 
 void filterFootprint(const Footprint& footprint, const std::int32_t* u, const std::int32_t* v, int count,
@@ -93,6 +103,33 @@ void filterAlongCurve(const Footprint& footprint, const CurvedRow& row, int firs
     for (int i = 0; i < count; ++i) {
         filterOnePixel(footprint, positionAlong(row.u, first + i), positionAlong(row.v, first + i),
                        out + static_cast<std::size_t>(i) * 4);
+    }
+}
+
+void sumFootprint(const Footprint& footprint, const std::int32_t* u, const std::int32_t* v, int count,
+                  std::int32_t* sums) {
+    for (int i = 0; i < count; ++i) {
+        sumOnePosition(footprint, u[i], v[i], sums + static_cast<std::size_t>(i) * 4);
+    }
+}
+
+void sumAlongCurve(const Footprint& footprint, const CurvedRow& row, int first, int count, std::int32_t* sums) {
+    for (int i = 0; i < count; ++i) {
+        sumOnePosition(footprint, positionAlong(row.u, first + i), positionAlong(row.v, first + i),
+                       sums + static_cast<std::size_t>(i) * 4);
+    }
+}
+
+void averageParts(const std::int32_t* sums, PixelParts parts, int count, std::uint8_t* out) {
+    for (int i = 0; i < count; ++i) {
+        std::int32_t whole[4] = {};
+        for (int down = 0; down < parts.down; ++down) {
+            const std::int32_t* part = sums + std::ptrdiff_t{4} * parts.across * (down * count + i);
+            for (int at = 0; at < 4 * parts.across; ++at) {
+                whole[at % 4] += part[at] >> parts.shift();
+            }
+        }
+        roundSums(whole, out + std::ptrdiff_t{4} * i);
     }
 }
 
@@ -230,9 +267,10 @@ void compositeUniform(std::uint8_t* canvas, const std::uint8_t* pixels, std::uin
 } // namespace
 
 const Kernels& scalarKernels() {
-    static constexpr Kernels kernels{"scalar",     projectPositions, filterFootprint,  filterAlongCurve,
-                                     combineRows,  combineColumns,   mixRows,          mixColumns,
-                                     mixPlaneRows, mixPlaneColumns,  compositeCovered, compositeUniform};
+    static constexpr Kernels kernels{"scalar",        projectPositions, filterFootprint, filterAlongCurve,
+                                     sumFootprint,    sumAlongCurve,    averageParts,    combineRows,
+                                     combineColumns,  mixRows,          mixColumns,      mixPlaneRows,
+                                     mixPlaneColumns, compositeCovered, compositeUniform};
     return kernels;
 }
 

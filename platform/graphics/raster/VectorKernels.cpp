@@ -26,6 +26,10 @@ void projectPositions(const ProjectedRow& row, int left, int count, std::int32_t
 void filterFootprint(const Footprint& footprint, const std::int32_t* u, const std::int32_t* v, int count,
                      std::uint8_t* out);
 void filterAlongCurve(const Footprint& footprint, const CurvedRow& row, int first, int count, std::uint8_t* out);
+void sumFootprint(const Footprint& footprint, const std::int32_t* u, const std::int32_t* v, int count,
+                  std::int32_t* sums);
+void sumAlongCurve(const Footprint& footprint, const CurvedRow& row, int first, int count, std::int32_t* sums);
+void averageParts(const std::int32_t* sums, PixelParts parts, int count, std::uint8_t* out);
 void combineRows(const std::uint8_t* const* rows, const std::int16_t* weights, int taps, int count, std::int16_t* out);
 void combineColumns(const std::int16_t* row, const std::int32_t* first, const std::int16_t* weights, int taps,
                     int count, std::uint8_t* out);
@@ -38,9 +42,10 @@ void compositeCovered(std::uint8_t* canvas, const std::uint8_t* pixels, const st
 void compositeUniform(std::uint8_t* canvas, const std::uint8_t* pixels, std::uint8_t coverage, int count);
 
 const Kernels& kernelsOfTarget() {
-    static constexpr Kernels kernels{"vector",     projectPositions, filterFootprint,  filterAlongCurve,
-                                     combineRows,  combineColumns,   mixRows,          mixColumns,
-                                     mixPlaneRows, mixPlaneColumns,  compositeCovered, compositeUniform};
+    static constexpr Kernels kernels{"vector",        projectPositions, filterFootprint, filterAlongCurve,
+                                     sumFootprint,    sumAlongCurve,    averageParts,    combineRows,
+                                     combineColumns,  mixRows,          mixColumns,      mixPlaneRows,
+                                     mixPlaneColumns, compositeCovered, compositeUniform};
     return kernels;
 }
 

@@ -82,6 +82,32 @@ TEST(Rasterizer, drawsShrunkQuadsAsTheReferenceDoes) {
     }
 }
 
+TEST(Rasterizer, drawsShrunkQuadsTurnedByEveryFifteenDegreesAsTheReferenceDoes) {
+    for (const double shrink : {2.0, 3.0, 4.0}) {
+        const auto side = [shrink](int length) { return static_cast<int>(length * shrink); };
+        const Image large = Image::fromBitmap(screenshotLike({side(120), side(150)}));
+        for (int degrees = 0; degrees < 180; degrees += 15) {
+            EXPECT_TRUE(quadAgrees(large, turnedQuad({100.3, 120.6}, {120, 150}, degrees), shrunkTolerance))
+                << shrink << " times, " << degrees << " degrees";
+        }
+    }
+}
+
+TEST(Rasterizer, flatPicturesStayFlatHoweverTheyAreTurnedAndShrunk) {
+    for (const int level : {0, 1, 127, 254, 255}) {
+        Bitmap flat({480, 600});
+        std::ranges::fill(flat.bytes(), static_cast<std::uint8_t>(level));
+        const Image picture = Image::fromBitmap(std::move(flat));
+        for (const int degrees : {10, 30, 45, 100}) {
+            const Bitmap drawn =
+                rasterize(recordingOf(canvas, fittedLayer(picture, turnedQuad({100, 120}, {120, 150}, degrees))));
+            for (int x = 80; x < 120; ++x) {
+                ASSERT_EQ(drawn.row(120)[x * 4], level) << degrees << " degrees at " << x;
+            }
+        }
+    }
+}
+
 TEST(Rasterizer, roundsCornersAsTheReferenceDoes) {
     LayerDraw draw;
     draw.shape = {makeRect(10.3, 12.7, 150, 160), 45};

@@ -307,6 +307,17 @@ protected:
         return footprint;
     }
 
+    /// Four sums for each of `count` positions.
+    static void expectSameSums(int count, const std::function<void(const Kernels&, std::int32_t*)>& sum) {
+        expectSameBytes(std::vector<std::uint8_t>(static_cast<std::size_t>(count) * 16), 0,
+                        [&](const Kernels& kernels, std::uint8_t* out) {
+                            std::vector<std::int32_t> sums(static_cast<std::size_t>(count) * 4 + 1, 1234);
+                            sum(kernels, sums.data());
+                            EXPECT_EQ(sums.back(), 1234);
+                            std::memcpy(out, sums.data(), static_cast<std::size_t>(count) * 16);
+                        });
+    }
+
     TablesInUse tables_;
     std::vector<std::uint8_t> pixels_;
     int withSteadyLines_ = 0;
@@ -326,6 +337,9 @@ TEST_F(FootprintTwins, filterFootprint) {
                         [&](const Kernels& kernels, std::uint8_t* out) {
                             kernels.filterFootprint(footprint, u.data(), v.data(), count, out);
                         });
+        expectSameSums(count, [&](const Kernels& kernels, std::int32_t* sums) {
+            kernels.sumFootprint(footprint, u.data(), v.data(), count, sums);
+        });
     }
     EXPECT_GT(withSteadyLines_, 10);
 }
@@ -346,6 +360,9 @@ TEST_F(FootprintTwins, filterAlongCurve) {
                         [&](const Kernels& kernels, std::uint8_t* out) {
                             kernels.filterAlongCurve(footprint, row, first, count, out);
                         });
+        expectSameSums(count, [&](const Kernels& kernels, std::int32_t* sums) {
+            kernels.sumAlongCurve(footprint, row, first, count, sums);
+        });
     }
     EXPECT_GT(withSteadyLines_, 5);
 }
@@ -374,6 +391,35 @@ TEST_F(FootprintTwins, curvesLeadToTheirNearestPositions) {
             }
         }
     }
+}
+
+TEST_F(KernelsTwins, averageParts) {
+    // Sums of whole weights are 2^23 times what lies 128 from a byte at most.
+    std::uniform_int_distribution<std::int32_t> sumOf(-(128 << 23), 127 << 23);
+    for (const int across : {1, 2, 4}) {
+        for (const int down : {1, 2, 4}) {
+            const PixelParts parts{across, down};
+            for (int count = 0; count < 40; ++count) {
+                std::vector<std::int32_t> sums(static_cast<std::size_t>(count * parts.count()) * 4);
+                std::generate(sums.begin(), sums.end(), [&] { return upTo(5) == 0 ? 127 << 23 : sumOf(random_); });
+                expectSameBytes(randomBytes(static_cast<std::size_t>(count) * 4), static_cast<std::size_t>(count % 4),
+                                [&](const Kernels& kernels, std::uint8_t* out) {
+                                    kernels.averageParts(sums.data(), parts, count, out);
+                                });
+            }
+        }
+    }
+}
+
+TEST(Kernels, partsAreAveragedRowByRow) {
+    // Two pixels of two parts in two rows each: 10, 20 and 30, 40 over 50, 60 and 70, 80.
+    std::vector<std::int32_t> sums;
+    for (const int level : {10, 20, 30, 40, 50, 60, 70, 80}) {
+        sums.insert(sums.end(), 4, (level - 128) << 23);
+    }
+    std::vector<std::uint8_t> out(8);
+    scalarKernels().averageParts(sums.data(), {2, 2}, 2, out.data());
+    EXPECT_EQ(out, (std::vector<std::uint8_t>{35, 35, 35, 35, 55, 55, 55, 55}));
 }
 
 TEST_F(FootprintTwins, keepFlatColours) {
