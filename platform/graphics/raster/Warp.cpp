@@ -15,7 +15,7 @@ constexpr int shortestSegment = 4;
 constexpr double largestChange = 0.04;
 // The same for long stretches, where the parabola that their positions follow would stray.
 constexpr double largestLongChange = 0.01;
-constexpr int mostRowsTogether = 8;
+constexpr int mostRowsTogether = 16;
 // Positions that leave their room to be counted in whole numbers from the picture's edge, in phases.
 constexpr double farthestPlain = 1 << 28;
 // In columns; a phase less than the tables hold, as positions are rounded.
@@ -55,10 +55,13 @@ struct Spread {
     [[nodiscard]] double shear() const { return covariance / (rows + 2); }
 };
 
-// The sheared filter has the ideal footprint's covariance. What it lacks shows where steps lead aslant even when they
-// are sheared, far in columns and rows: then a pixel is the average of parts of itself, whose steps are shorter. Up to
-// this product of columns and rows fine patterns keep 56 dB.
+// The sheared filter has the ideal footprint's covariance. What it lacks shows where steps lead aslant even when they are
+// sheared, far in columns and rows: then a pixel is the average of parts of itself, whose steps are shorter. Up to this
+// product of columns and rows fine patterns keep 56 dB.
 constexpr double mostAslant = 0.9;
+// The same where parts cost twice as much as the whole: their columns take four taps as well.
+constexpr double mostAslantOfFour = 1.4;
+constexpr double columnsOfFour = 2;
 // Four parts beside each other cost twice as much as two, and gain little where these do not lead further aslant.
 constexpr double mostAslantOfTwo = 2.5;
 
@@ -68,10 +71,13 @@ PixelParts partsFor(const Steps& whole) {
     while (true) {
         const Steps step = whole.ofParts(parts);
         const double shear = Spread(step).shear();
-        const double right = std::abs((step.rightU - shear * step.rightV) * step.rightV);
-        const double down = std::abs((step.downU - shear * step.downV) * step.downV);
+        const double rightColumns = std::abs(step.rightU - shear * step.rightV);
+        const double downColumns = std::abs(step.downU - shear * step.downV);
+        const double right = rightColumns * std::abs(step.rightV);
+        const double down = downColumns * std::abs(step.downV);
         const bool isAcross = right >= down;
-        const double most = isAcross && parts.across == 2 ? mostAslantOfTwo : mostAslant;
+        const bool isOfFour = rightColumns + downColumns <= columnsOfFour;
+        const double most = isAcross && parts.across == 2 ? mostAslantOfTwo : isOfFour ? mostAslantOfFour : mostAslant;
         int& split = isAcross ? parts.across : parts.down;
         if (right + down <= most || split == (isAcross ? mostPartsAcross : mostPartsDown)) {
             return parts;
