@@ -55,9 +55,9 @@ struct Spread {
     [[nodiscard]] double shear() const { return covariance / (rows + 2); }
 };
 
-// The sheared filter has the ideal footprint's covariance. What it lacks shows where steps lead aslant even when they are
-// sheared, far in columns and rows: then a pixel is the average of parts of itself, whose steps are shorter. Up to this
-// product of columns and rows fine patterns keep 56 dB.
+// The sheared filter has the ideal footprint's covariance. What it lacks shows where steps lead aslant even when they
+// are sheared, far in columns and rows: then a pixel is the average of parts of itself, whose steps are shorter. Up to
+// this product of columns and rows fine patterns keep 56 dB.
 constexpr double mostAslant = 0.9;
 // The same where parts cost twice as much as the whole: their columns take four taps as well.
 constexpr double mostAslantOfFour = 1.4;
