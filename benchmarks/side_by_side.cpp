@@ -44,6 +44,11 @@ std::vector<Case> cases() {
     std::vector<Case> all;
     all.push_back({"zone plate,\nmild quad", zonePlate({344, 420}), mild, canvas, {40, 50, 348, 348}});
     all.push_back({"zone plate,\nshrunk 3.3 times", zonePlate({990, 1254}), small, canvas, {30, 60, 290, 290}});
+    all.push_back({"zone plate,\nshrunk 3 times,\nturned by 30°",
+                   zonePlate({774, 945}),
+                   turnedQuad({210.3, 260.2}, {260, 318}, 30),
+                   canvas,
+                   {70, 120, 290, 290}});
     all.push_back({"small type,\nstrong quad", screenshotLike({344, 420}), strong, canvas, {100, 100, 116, 116}});
     all.push_back({"small type,\nshrunk 3.3 times", screenshotLike({990, 1254}), small, canvas, {60, 60, 116, 116}});
     all.push_back(
