@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <type_traits>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "platform/graphics/raster/FootprintKernels.cpp"
@@ -314,11 +315,11 @@ HWY_INLINE void filterAtEdge(const Footprint& footprint, const Offsets<kSteady>&
     filterPixels<kBlocks, 0, 1>(d8, taps, i, out);
 }
 
-template <int kBlocks, bool kSteady, class Out>
+template <int kBlocks, bool kIsCommon, bool kSteady, class Out>
 HWY_INLINE void filterRunInside(const Footprint& footprint, const Offsets<kSteady>& offsets, int from, int to,
                                 const Out& out) {
-    // The commonest numbers of rows have loops of their own.
-    if constexpr (kBlocks <= 2) {
+    // The commonest numbers of rows have loops of their own, where they are common: each takes compilers seconds.
+    if constexpr (kIsCommon && kBlocks <= 2) {
         switch (footprint.rows->taps) {
         case 4:
             return filterInside<kBlocks, 4>(footprint, offsets, from, to, out);
@@ -337,6 +338,7 @@ HWY_INLINE void filterRunInside(const Footprint& footprint, const Offsets<kStead
 
 template <int kBlocks, bool kSteady, class Positions, class Out>
 HWY_INLINE void filterBlocks(const Footprint& footprint, const Positions& positions, int count, const Out& out) {
+    constexpr bool isCommon = kSteady && std::is_same_v<Positions, CurvePositions>;
     Offsets<kSteady> offsets;
     findOffsets(footprint, positions, count, offsets);
     for (int from = 0; from < count;) {
@@ -346,7 +348,7 @@ HWY_INLINE void filterBlocks(const Footprint& footprint, const Positions& positi
             ++to;
         }
         if (isInside) {
-            filterRunInside<kBlocks>(footprint, offsets, from, to, out);
+            filterRunInside<kBlocks, isCommon>(footprint, offsets, from, to, out);
         } else {
             for (int i = from; i < to; ++i) {
                 filterAtEdge<kBlocks>(footprint, offsets, i, out);
