@@ -65,8 +65,14 @@ constexpr double columnsOfFour = 2;
 // Four parts beside each other cost twice as much as two, and gain little where these do not lead further aslant.
 constexpr double mostAslantOfTwo = 2.5;
 
+// What is shrunk further than 4.5 times, as previews are while a marker is dragged, has no more than four parts.
+constexpr double largestFinelySplit = 4.5 * 4.5;
+constexpr int partsBeyond = 4;
+
 /// Parts as few as do.
 PixelParts partsFor(const Steps& whole) {
+    const bool isFinelySplit = std::abs(whole.rightU * whole.downV - whole.rightV * whole.downU) <= largestFinelySplit;
+    const int mostParts = isFinelySplit ? mostPartsAcross * mostPartsDown : partsBeyond;
     PixelParts parts;
     while (true) {
         const Steps step = whole.ofParts(parts);
@@ -79,7 +85,8 @@ PixelParts partsFor(const Steps& whole) {
         const bool isOfFour = rightColumns + downColumns <= columnsOfFour;
         const double most = isAcross && parts.across == 2 ? mostAslantOfTwo : isOfFour ? mostAslantOfFour : mostAslant;
         int& split = isAcross ? parts.across : parts.down;
-        if (right + down <= most || split == (isAcross ? mostPartsAcross : mostPartsDown)) {
+        if (right + down <= most || parts.count() >= mostParts ||
+            split == (isAcross ? mostPartsAcross : mostPartsDown)) {
             return parts;
         }
         split *= 2;
