@@ -169,10 +169,12 @@ private:
         return std::ranges::min({RowFilter::paeth, RowFilter::sub, RowFilter::up, RowFilter::average}, {}, cost);
     }
 
+    [[nodiscard]] static int firstTriedRow(int count) { return std::min(triedRowStep / 2, count - 1); }
+
     /// The one filter that all tried rows of a band want, if they agree.
     [[nodiscard]] std::optional<RowFilter> commonFilter(int count) {
         std::optional<RowFilter> common;
-        for (int y = std::min(triedRowStep / 2, count - 1); y > 0 && y < count; y += triedRowStep) {
+        for (int y = firstTriedRow(count); y > 0 && y < count; y += triedRowStep) {
             const RowFilter filter = cheapest(y);
             if (common.value_or(filter) != filter) {
                 return std::nullopt;
@@ -192,10 +194,11 @@ private:
         }
     }
 
+    /// How far references are worth their bits in the band that has been filtered.
     [[nodiscard]] codecs::DeflateReach reachOf(int count) const {
         codecs::FilteredCost sum;
         std::uint64_t bytes = 0;
-        for (int y = std::min(triedRowStep / 2, count - 1); y < count; y += triedRowStep) {
+        for (int y = firstTriedRow(count); y < count; y += triedRowStep) {
             const auto cost =
                 codecs::costOfFiltered(filtered_.data() + (rowBytes_ + 1) * static_cast<std::size_t>(y) + 1, rowBytes_);
             sum.sixteenths += cost.sixteenths;

@@ -2,7 +2,6 @@
 
 #include "platform/graphics/ProcessorTarget.h"
 
-#include <algorithm>
 #include <cstring>
 
 #undef HWY_TARGET_INCLUDE
@@ -93,6 +92,18 @@ template <class V> HWY_INLINE V costsOf(Bytes8 d, V filtered) {
     return hn::Max(ofUnits, ofSixteens);
 }
 
+/// Calls `addFrom(i, kept)` for each register from byte i on, of whose bytes those count that are kept.
+template <class AddFrom> HWY_INLINE void forWholeAndRest(std::size_t length, const AddFrom& addFrom) {
+    const Bytes8 d;
+    const std::size_t whole = length - length % hn::Lanes(d);
+    for (std::size_t i = 0; i < whole; i += hn::Lanes(d)) {
+        addFrom(i, hn::Set(d, std::uint8_t{0xff}));
+    }
+    if (whole < length) {
+        addFrom(whole, hn::VecFromMask(d, hn::FirstN(d, length - whole)));
+    }
+}
+
 void Costs(const std::uint8_t* HWY_RESTRICT row, const std::uint8_t* HWY_RESTRICT above, std::size_t length,
            std::size_t pixelBytes, RowCosts& costs) {
     const Bytes8 d;
@@ -114,13 +125,7 @@ void Costs(const std::uint8_t* HWY_RESTRICT row, const std::uint8_t* HWY_RESTRIC
         average = hn::Add(average, sumOf(hn::Sub(value, predictAverage(d, left, over))));
         paeth = hn::Add(paeth, sumOf(hn::Sub(value, predictPaeth(d, left, over, overLeft))));
     };
-    const std::size_t whole = length - length % hn::Lanes(d);
-    for (std::size_t i = 0; i < whole; i += hn::Lanes(d)) {
-        addFrom(i, hn::Set(d, std::uint8_t{0xff}));
-    }
-    if (whole < length) {
-        addFrom(whole, hn::VecFromMask(d, hn::FirstN(d, length - whole)));
-    }
+    forWholeAndRest(length, addFrom);
     costs = {hn::GetLane(hn::SumOfLanes(d64, none)), hn::GetLane(hn::SumOfLanes(d64, sub)),
              hn::GetLane(hn::SumOfLanes(d64, up)), hn::GetLane(hn::SumOfLanes(d64, average)),
              hn::GetLane(hn::SumOfLanes(d64, paeth))};
@@ -129,21 +134,16 @@ void Costs(const std::uint8_t* HWY_RESTRICT row, const std::uint8_t* HWY_RESTRIC
 void CostOfFiltered(const std::uint8_t* HWY_RESTRICT filtered, std::size_t length, FilteredCost& cost) {
     const Bytes8 d;
     const hn::Repartition<std::uint64_t, Bytes8> d64;
-    const auto one = hn::Set(d, std::uint8_t{1});
     auto sixteenths = hn::Zero(d64);
     auto zeros = sixteenths;
-    std::size_t i = 0;
-    for (; i + hn::Lanes(d) <= length; i += hn::Lanes(d)) {
+    const auto addFrom = [&](std::size_t i, auto kept) HWY_ATTR {
         const auto value = hn::LoadU(d, filtered + i);
-        sixteenths = hn::Add(sixteenths, hn::SumsOf8(costsOf(d, value)));
+        const auto one = hn::And(kept, hn::Set(d, std::uint8_t{1}));
+        sixteenths = hn::Add(sixteenths, hn::SumsOf8(hn::And(costsOf(d, value), kept)));
         zeros = hn::Add(zeros, hn::SumsOf8(hn::IfThenElseZero(value == hn::Zero(d), one)));
-    }
+    };
+    forWholeAndRest(length, addFrom);
     cost = {hn::GetLane(hn::SumOfLanes(d64, sixteenths)), hn::GetLane(hn::SumOfLanes(d64, zeros))};
-    for (; i < length; ++i) {
-        const int distance = std::min<int>(filtered[i], 256 - filtered[i]);
-        cost.sixteenths += std::max(costsOfUnits[distance % 16], costsOfSixteens[distance / 16]);
-        cost.zeros += filtered[i] == 0 ? 1 : 0;
-    }
 }
 
 void DropAlpha(const std::uint8_t* HWY_RESTRICT rgba, std::uint8_t* HWY_RESTRICT rgb, std::size_t pixels) {

@@ -32,7 +32,7 @@ struct FilteredCost {
     std::uint64_t zeros = 0;      ///< bytes
 };
 
-/// The same of a row that has been filtered, and how much of it costs nothing.
+/// The same of a row that has been filtered, and how much of it costs nothing. `rowPadding` bytes behind it are read.
 [[nodiscard]] FilteredCost costOfFiltered(const std::uint8_t* filtered, std::size_t length);
 
 /// RGBA to packed RGB; alpha is dropped. May write `rowPadding` bytes behind the row's end.

@@ -425,7 +425,7 @@ template <int kAcross, int kDown> void averageEach(const std::int32_t* sums, int
 }
 
 template <int kAcross> void averageColumns(const std::int32_t* sums, int partsDown, int count, std::uint8_t* out) {
-
+    static_assert(mostPartsAcross == 4 && mostPartsDown == 4);
     switch (partsDown) {
     case 1:
         return averageEach<kAcross, 1>(sums, count, out);

@@ -38,21 +38,11 @@ struct Steps {
     double downU = 0;
     double downV = 0;
 
+    [[nodiscard]] double covariance() const { return rightU * rightV + downU * downV; }
+    [[nodiscard]] double shear() const { return covariance() / (rightV * rightV + downV * downV + 2); }
     [[nodiscard]] Steps ofParts(PixelParts parts) const {
         return {rightU / parts.across, rightV / parts.across, downU / parts.down, downV / parts.down};
     }
-};
-
-/// C, without the tents.
-struct Spread {
-    double covariance = 0;
-    double rows = 0; // Cvv
-
-    explicit Spread(const Steps& step)
-        : covariance(step.rightU * step.rightV + step.downU * step.downV)
-        , rows(step.rightV * step.rightV + step.downV * step.downV) {}
-
-    [[nodiscard]] double shear() const { return covariance / (rows + 2); }
 };
 
 // The sheared filter has the ideal footprint's covariance. What it lacks shows where steps lead aslant even when they
@@ -76,7 +66,7 @@ PixelParts partsFor(const Steps& whole) {
     PixelParts parts;
     while (true) {
         const Steps step = whole.ofParts(parts);
-        const double shear = Spread(step).shear();
+        const double shear = step.shear();
         const double rightColumns = std::abs(step.rightU - shear * step.rightV);
         const double downColumns = std::abs(step.downU - shear * step.downV);
         const double right = rightColumns * std::abs(step.rightV);
@@ -217,7 +207,7 @@ private:
         const int levelV = levelForWidth(fullRows.a + fullRows.b);
         const double factorV = 1 << levelV;
         const Boxes rows = fullRows.scaledTo(squaredWidthAtLevel(fullRows.squared(), factorV));
-        const double covariance = Spread(step).covariance / factorV;
+        const double covariance = step.covariance() / factorV;
         const double shear = covariance / (rows.squared() + 2);
 
         const Boxes sheared{std::abs(step.rightU - shear * step.rightV / factorV),
@@ -261,18 +251,8 @@ private:
         if (block.parts.count() > 1) {
             return segmentOfParts(block, y, left, right, out, scratch);
         }
-        const ProjectedRow row = projectedRow(block, y, 0);
-        if (const auto curve = curveAlong(row, block)) {
-            kernels_.filterAlongCurve(block.footprint, *curve, left - block.left, right - left, out);
-            return;
-        }
-        const Footprint scattered = scatteredOf(block.footprint);
-        for (int x = left; x < right; x += longestSegment) {
-            const int count = std::min(right - x, longestSegment);
-            kernels_.projectPositions(row, x, count, scratch.u.data(), scratch.v.data());
-            kernels_.filterFootprint(scattered, scratch.u.data(), scratch.v.data(), count,
-                                     out + static_cast<std::ptrdiff_t>(x - left) * 4);
-        }
+        drawPositions(block, projectedRow(block, y, 0), left, right - left, kernels_.filterAlongCurve,
+                      kernels_.filterFootprint, scratch, out);
     }
 
     void segmentOfParts(const FootprintBlock& block, int y, int left, int right, std::uint8_t* out,
@@ -281,32 +261,32 @@ private:
             const int pixels = std::min(right - x, longestSegment);
             const int inRow = pixels * block.parts.across;
             for (int down = 0; down < block.parts.down; ++down) {
-                sumParts(block, projectedRow(block, y, down), x * block.parts.across, inRow, scratch,
-                         scratch.sums.data() + std::ptrdiff_t{4} * inRow * down);
+                drawPositions(block, projectedRow(block, y, down), x * block.parts.across, inRow,
+                              kernels_.sumAlongCurve, kernels_.sumFootprint, scratch,
+                              scratch.sums.data() + std::ptrdiff_t{4} * inRow * down);
             }
             kernels_.averageParts(scratch.sums.data(), block.parts, pixels, out + std::ptrdiff_t{4} * (x - left));
         }
     }
 
-    /// A row of `count` parts from the given one on.
-    void sumParts(const FootprintBlock& block, const ProjectedRow& row, int first, int count, SamplerScratch& scratch,
-                  std::int32_t* sums) const {
+    /// `count` pixels, or parts of a row, from the `first` one on, by the kernel for curves or, where none fits, for
+    /// any positions. Of each come four numbers.
+    template <class Number>
+    void drawPositions(const FootprintBlock& block, const ProjectedRow& row, int first, int count,
+                       void (*along)(const Footprint&, const CurvedRow&, int, int, Number*),
+                       void (*at)(const Footprint&, const std::int32_t*, const std::int32_t*, int, Number*),
+                       SamplerScratch& scratch, Number* out) const {
         if (const auto curve = curveAlong(row, block)) {
-            kernels_.sumAlongCurve(block.footprint, *curve, first - block.left * block.parts.across, count, sums);
+            along(block.footprint, *curve, first - block.left * block.parts.across, count, out);
             return;
         }
-        const Footprint scattered = scatteredOf(block.footprint);
+        Footprint scattered = block.footprint;
+        scattered.isSteady = false;
         for (int done = 0; done < count; done += longestSegment) {
             const int now = std::min(count - done, longestSegment);
             kernels_.projectPositions(row, first + done, now, scratch.u.data(), scratch.v.data());
-            kernels_.sumFootprint(scattered, scratch.u.data(), scratch.v.data(), now, sums + std::ptrdiff_t{4} * done);
+            at(scattered, scratch.u.data(), scratch.v.data(), now, out + std::ptrdiff_t{4} * done);
         }
-    }
-
-    static Footprint scatteredOf(const Footprint& footprint) {
-        Footprint scattered = footprint;
-        scattered.isSteady = false;
-        return scattered;
     }
 
     /// Of one row of the block's parts; x counts parts.

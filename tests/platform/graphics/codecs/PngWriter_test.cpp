@@ -159,7 +159,7 @@ TEST(PngWriter, noiseIsNotWrittenAsReferencesToWhatIsAlikeByChance) {
 }
 
 TEST(PngWriter, rowsThatRepeatTheOneAboveHaveAFilterOfTheirOwn) {
-    // As of a screen drawn at half its size: wherever the eye falls, every other row is new.
+    // As of a screen drawn at half its size and doubled.
     const Bitmap noise = noisySlopes({1200, 200});
     for (const int phase : {0, 1}) {
         Bitmap doubled(noise.size());
