@@ -257,6 +257,10 @@ inline std::vector<NamedRecording> recordingsForEveryMachine() {
     onto("upright", {{30.25, 20.5}, {300.25, 20.5}, {30.25, 240.5}, {300.25, 240.5}}, 97, 151);
     onto("oblique", {{160, 10}, {320, 130}, {20, 125}, {170, 250}}, 240, 300);
     onto("shrunk three times", {{60, 30}, {260, 34}, {64, 230}, {258, 226}}, 630, 800);
+    onto("shrunk three times and slanted", {{60, 30}, {260, 80}, {44, 200}, {250, 250}}, 630, 700);
+    onto("shrunk three times, from right to left", {{260, 34}, {60, 30}, {258, 226}, {64, 230}}, 630, 800);
+    onto("shrunk three times, upside down", {{60, 220}, {260, 190}, {60, 30}, {250, 34}}, 630, 800);
+    onto("shrunk five times", {{60, 30}, {260, 44}, {64, 230}, {268, 226}}, 930, 1000);
     onto("shrunk nine times", {{60, 30}, {160, 34}, {64, 130}, {158, 126}}, 900, 1300);
     onto("enlarged", {{-40, -30}, {380, -20}, {-30, 300}, {370, 290}}, 21, 17);
     onto("reaching far away", {{10, 10}, {320, 120}, {12, 240}, {321, 122}}, 300, 300);

@@ -76,15 +76,21 @@ struct WidthPair {
     [[nodiscard]] double sum() const { return wideWidth() + narrowWidth(); }
 };
 
+/// As many rows as they and the tent reach, and perhaps another one.
+int evenTapsFor(const WidthPair& widths) {
+    const int taps = static_cast<int>(std::ceil(widths.sum() + 2));
+    return taps + taps % 2;
+}
+
 /// The profile of two boxes and a tent at distances of whole phases from its middle.
 class SampledProfile {
 public:
-    explicit SampledProfile(const WidthPair& widths) {
-        const int reach = static_cast<int>(std::ceil((widths.sum() / 2 + 1) * phases));
+    explicit SampledProfile(const WidthPair& widths) : SampledProfile(widths.wideWidth(), widths.narrowWidth()) {}
+    SampledProfile(double width, double otherWidth) {
+        const int reach = static_cast<int>(std::ceil(((width + otherWidth) / 2 + 1) * phases));
         samples_.reserve(static_cast<std::size_t>(reach));
         for (int distance = 0; distance < reach; ++distance) {
-            samples_.push_back(
-                boxBoxTent(static_cast<double>(distance) / phases, widths.wideWidth(), widths.narrowWidth()));
+            samples_.push_back(boxBoxTent(static_cast<double>(distance) / phases, width, otherWidth));
         }
     }
 
@@ -145,6 +151,23 @@ struct OwnedRows {
     [[nodiscard]] std::size_t bytes() const { return lines.size() * sizeof lines[0]; }
 };
 
+struct OwnedLineRows {
+    LineRows table;
+    std::vector<std::uint8_t> weights;
+
+    [[nodiscard]] std::size_t bytes() const { return weights.size(); }
+};
+
+/// A kind of its own, as its tables have the same widths.
+struct OwnedLineHalves : OwnedLineRows {};
+
+struct OwnedLineColumns {
+    LineColumns table;
+    std::vector<std::int16_t> lines;
+
+    [[nodiscard]] std::size_t bytes() const { return lines.size() * sizeof lines[0]; }
+};
+
 std::unique_ptr<const OwnedColumns> makeColumns(const WidthPair& widths, int taps) {
     auto owned = std::make_unique<OwnedColumns>();
     const SampledProfile profile(widths);
@@ -168,6 +191,48 @@ std::unique_ptr<const OwnedRows> makeRows(const WidthPair& widths, int taps) {
     for (int phase = 0; phase < phases; ++phase) {
         writeLine(profile, phase, taps, 32768, 32767,
                   owned->lines.data() + static_cast<std::ptrdiff_t>(phase) * inLine);
+    }
+    return owned;
+}
+
+/// Of one box, or of its halves beside each other.
+template <typename Owned, int kParts> std::unique_ptr<const Owned> makeLineRows(const WidthPair& widths, int taps) {
+    auto owned = std::make_unique<Owned>();
+    const double width = widths.wideWidth() / kParts;
+    const auto apart = static_cast<int>(std::lround(width * phases));
+    const SampledProfile profile(width, 0);
+    owned->table.taps = taps;
+    const int weightsOfPart = taps * linePhases;
+    owned->weights.resize(static_cast<std::size_t>(kParts * weightsOfPart * (1 + 4)));
+    for (int part = 0; part < kParts; ++part) {
+        std::uint8_t* const weights = owned->weights.data() + part * weightsOfPart;
+        std::uint8_t* const pairs = owned->weights.data() + (kParts + 4 * part) * weightsOfPart;
+        owned->table.weights[part] = weights;
+        owned->table.pairs[part] = pairs;
+        const int fromLine = kParts == 1 ? 0 : part == 0 ? -apart / 2 : apart / 2;
+        for (int phase = 0; phase < linePhases; ++phase) {
+            std::array<std::uint8_t, mostLineRows> line{};
+            writeLine(profile, phase * (phases / linePhases) + fromLine, taps, 256, 255, line.data());
+            for (int tap = 0; tap < taps; ++tap) {
+                const std::uint8_t weight = line[static_cast<std::size_t>(tap)];
+                weights[tap * linePhases + phase] = weight;
+                for (int channel = 0; channel < 4; ++channel) {
+                    pairs[(tap / 2 * linePhases + phase) * 8 + channel * 2 + tap % 2] = weight;
+                }
+            }
+        }
+    }
+    return owned;
+}
+
+std::unique_ptr<const OwnedLineColumns> makeLineColumns(const WidthPair& widths, int taps) {
+    auto owned = std::make_unique<OwnedLineColumns>();
+    const SampledProfile profile(widths);
+    owned->lines.resize(static_cast<std::size_t>(1 + phases * taps));
+    std::int16_t* line = owned->lines.data() + 1;
+    owned->table.lines = line;
+    for (int phase = -phases / 2; phase < phases / 2; ++phase, line += taps) {
+        writeLine(profile, phase, taps, 32768, 32767, line);
     }
     return owned;
 }
@@ -224,6 +289,9 @@ public:
         if (--users_ == 0 && bytes_ > mostTableBytes) {
             columns_.forget();
             rows_.forget();
+            lineColumns_.forget();
+            lineRows_.forget();
+            lineHalves_.forget();
             steady_.clear();
             bytes_ = 0;
         }
@@ -235,6 +303,13 @@ public:
 
     const ColumnTable& columns(const WidthPair& widths, int taps) { return at(columns_, widths, taps, makeColumns); }
     const RowTable& rows(const WidthPair& widths, int taps) { return at(rows_, widths, taps, makeRows); }
+    const LineRows& lineRows(const WidthPair& widths, int taps, int parts) {
+        return parts == 1 ? at(lineRows_, widths, taps, makeLineRows<OwnedLineRows, 1>)
+                          : at(lineHalves_, widths, taps, makeLineRows<OwnedLineHalves, 2>);
+    }
+    const LineColumns& lineColumns(const WidthPair& widths) {
+        return at(lineColumns_, widths, LineColumns::taps, makeLineColumns);
+    }
     const std::uint8_t* steadyLines(const ColumnTable& columns, int step) {
         const std::scoped_lock lock(mutex_);
         std::vector<std::uint8_t>& lines = steady_[{&columns, step}];
@@ -279,6 +354,9 @@ private:
     std::size_t bytes_ = 0;
     TableShelf<OwnedColumns> columns_;
     TableShelf<OwnedRows> rows_;
+    TableShelf<OwnedLineColumns> lineColumns_;
+    TableShelf<OwnedLineRows> lineRows_;
+    TableShelf<OwnedLineHalves> lineHalves_;
     std::map<std::pair<const ColumnTable*, int>, std::vector<std::uint8_t>> steady_;
 };
 
@@ -303,8 +381,16 @@ const ColumnTable& columnTable(double boxWidth, double otherWidth, double slack)
 
 const RowTable& rowTable(double boxWidth, double otherWidth) {
     const WidthPair widths(boxWidth, otherWidth);
-    const int taps = static_cast<int>(std::ceil(widths.sum() + 2));
-    return Shelves::instance().rows(widths, taps + taps % 2);
+    return Shelves::instance().rows(widths, evenTapsFor(widths));
+}
+
+const LineRows& lineRows(double boxWidth, int parts) {
+    const WidthPair widths(std::min(boxWidth, widestLineRows), 0);
+    return Shelves::instance().lineRows(widths, std::max(evenTapsFor(widths), 4), parts);
+}
+
+const LineColumns& lineColumns(double boxWidth) {
+    return Shelves::instance().lineColumns(WidthPair(std::min(boxWidth, widestLineColumns), 0));
 }
 
 const std::uint8_t* steadyLines(const ColumnTable& columns, int step) {

@@ -28,6 +28,12 @@ constexpr std::size_t mostTableBytes = std::size_t{16} << 20;
 /// allow. Asking is safe from any thread.
 [[nodiscard]] const ColumnTable& columnTable(double boxWidth, double otherWidth, double slack = 0);
 [[nodiscard]] const RowTable& rowTable(double boxWidth, double otherWidth);
+/// The tables of one box and a tent for footprints along a line, no wider than `widestLineRows` and
+/// `widestLineColumns`; of two parts each has half the box.
+[[nodiscard]] const LineRows& lineRows(double boxWidth, int parts);
+[[nodiscard]] const LineColumns& lineColumns(double boxWidth);
+constexpr double widestLineRows = mostLineRows - 2;
+constexpr double widestLineColumns = LineColumns::taps - 3;
 /// The `steadyLines` of a footprint with these columns, four of them, whose rows' phases differ by `step`.
 [[nodiscard]] const std::uint8_t* steadyLines(const ColumnTable& columns, int step);
 

@@ -234,20 +234,6 @@ HWY_INLINE auto pixelSums(D8 d8, const Taps& taps, int i) {
     }
 }
 
-/// Numbers from 0 to 255 as bytes.
-template <class D32> HWY_INLINE auto asBytes(D32, hn::Vec<D32> numbers) {
-    const hn::Rebind<std::uint8_t, D32> d8;
-#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
-    // The library's own cut of 16 numbers, in the version at hand, picks other bytes on AVX3_DL.
-    if constexpr (hn::MaxLanes(D32()) == 16) {
-        return hn::Vec<decltype(d8)>{_mm512_cvtepi32_epi8(numbers.raw)};
-    } else
-#endif
-    {
-        return hn::DemoteTo(d8, numbers);
-    }
-}
-
 /// Where pixels go.
 class PixelsOut {
 public:

@@ -35,25 +35,26 @@ private:
     const std::int32_t* v_;
 };
 
+/// Positions along a curve from its `first` one on.
+HWY_INLINE PositionVector positionsAlong(const CurvedRow::Axis& axis, int first) {
+    const hn::RebindToFloat<PositionTag> d;
+    const PositionTag d32;
+    const auto at = hn::Iota(d, static_cast<float>(first));
+    const auto bent = hn::Mul(hn::Set(d, axis.bend), at);
+    const auto straight = hn::Mul(hn::Add(bent, hn::Set(d, axis.step)), at);
+    const auto rounded = hn::Add(hn::Add(straight, hn::Set(d, axis.start)), hn::Set(d, roundingFloat));
+    return hn::Add(hn::BitCast(d32, rounded), hn::Set(d32, axis.origin - bitsOfRoundingFloat));
+}
+
 /// Positions along a curve, from its `first` on.
 class CurvePositions {
 public:
     HWY_INLINE CurvePositions(const CurvedRow& row, int first) : row_(row), first_(first) {}
 
-    [[nodiscard]] HWY_INLINE PositionVector u(int i) const { return along(row_.u, i); }
-    [[nodiscard]] HWY_INLINE PositionVector v(int i) const { return along(row_.v, i); }
+    [[nodiscard]] HWY_INLINE PositionVector u(int i) const { return positionsAlong(row_.u, first_ + i); }
+    [[nodiscard]] HWY_INLINE PositionVector v(int i) const { return positionsAlong(row_.v, first_ + i); }
 
 private:
-    [[nodiscard]] HWY_INLINE PositionVector along(const CurvedRow::Axis& axis, int i) const {
-        const hn::RebindToFloat<PositionTag> d;
-        const PositionTag d32;
-        const auto at = hn::Iota(d, static_cast<float>(first_ + i));
-        const auto bent = hn::Mul(hn::Set(d, axis.bend), at);
-        const auto straight = hn::Mul(hn::Add(bent, hn::Set(d, axis.step)), at);
-        const auto rounded = hn::Add(hn::Add(straight, hn::Set(d, axis.start)), hn::Set(d, roundingFloat));
-        return hn::Add(hn::BitCast(d32, rounded), hn::Set(d32, axis.origin - bitsOfRoundingFloat));
-    }
-
     const CurvedRow& row_;
     int first_;
 };

@@ -119,6 +119,71 @@ constexpr float farthestFromOrigin = 1 << 18;
 constexpr float roundingFloat = 12582912;
 constexpr std::int32_t bitsOfRoundingFloat = 0x4B400000;
 
+constexpr int linePhaseBits = 6;
+constexpr int linePhases = 1 << linePhaseBits;
+constexpr int mostLineRows = 8;
+constexpr int mostLineParts = 2;
+
+/// Row weights of a footprint along a line, at each of 64 phases: tap t of a position reads the whole position
+/// - taps / 2 + 1 + t. Those of a phase sum to 256, none is over 255.
+struct LineRows {
+    int taps = 4; // even, up to `mostLineRows`
+    /// Of each part the weights of tap 0 at all phases, then those of tap 1, and so on. Of two parts the first, above
+    /// the line, leaves the taps behind taps / 2 alone, the second those before taps / 2 - 1.
+    const std::uint8_t* weights[mostLineParts] = {};
+    /// The same once more for each two taps, phase by phase: their two weights four times over, once for each channel.
+    const std::uint8_t* pairs[mostLineParts] = {};
+
+    [[nodiscard]] std::uint8_t weight(int part, int phase, int tap) const {
+        return weights[part][tap * linePhases + phase];
+    }
+};
+
+/// The same for columns, at 256 phases about the nearest whole position: tap t reads that position - 3 + t. Those of a
+/// phase sum to 32768, none is over 32767.
+struct LineColumns {
+    /// Eight numbers for each phase from -128 up to 127. The eighth is 0, and so is the number before the first one.
+    const std::int16_t* lines = nullptr;
+
+    [[nodiscard]] std::int16_t weight(int phase, int tap) const { return lines[(phase + phases / 2) * taps + tap]; }
+    static constexpr int taps = 8;
+};
+
+/// A footprint for canvas rows that lead along the picture's rows, more or less. Columns of the picture are combined
+/// first, each about where the canvas row's line crosses it, once for all pixels that read it. Pixels are combined from
+/// those. A footprint of two parts is the average of two halves, above and below the line, which lie as far aside as
+/// the canvas's columns lean.
+struct LineFootprint {
+    PixelView picture;
+    const LineRows* rows = nullptr;
+    const LineColumns* columns = nullptr;
+    int parts = 1;
+    std::int32_t columnsAside = 0; // of the second part, in phases; the first lies as far on the other side
+    FetchedAhead ahead;
+};
+constexpr int farthestAside = 2 * phases;
+/// Positions of neighbouring pixels are no farther apart, in phases; those of a curve all lie one way.
+constexpr int mostLineStep = 6 * phases;
+
+/// Where a canvas row's line leads: in `column` + c it lies at `row` + (start + step c) / 65536.
+struct PictureLine {
+    std::int32_t column = 0;
+    std::int32_t row = 0;
+    std::int32_t start = 0;
+    std::int32_t step = 0;
+};
+constexpr int lineBits = 16;
+/// A line's step is no more than that: 16 columns of it lie in no more than eight rows.
+constexpr int steepestLine = (7 << lineBits) / 15;
+/// Sums of weights' products come to 2^(bits) times the pixels less 128, for each part half of that: what is added to
+/// them before they are cut, in 32 bits without a sign.
+constexpr int lineSumBits(int parts) {
+    return 22 + parts;
+}
+constexpr std::uint32_t halfOfLineSum(int parts) {
+    return (1U << (lineSumBits(parts) - 1)) + (128U << lineSumBits(parts));
+}
+
 /// The sum of weights whose products with bytes are added up in 16 bits.
 constexpr int mixedWhole = 112;
 /// 65536 / mixedWhole: (sum + mixedWhole / 2) x this / 65536 is at most 0.06 below the sum's mean.
@@ -229,6 +294,10 @@ struct Kernels {
     void (*sumFootprint)(const Footprint& footprint, const std::int32_t* u, const std::int32_t* v, int count,
                          std::int32_t* sums);
     void (*sumAlongCurve)(const Footprint& footprint, const CurvedRow& row, int first, int count, std::int32_t* sums);
+    /// Filters any number of pixels of a canvas row that follows the line, at the positions along a curve from its
+    /// `first` on.
+    void (*filterAlongLine)(const LineFootprint& footprint, const PictureLine& line, const CurvedRow::Axis& curve,
+                            int first, int count, std::uint8_t* out);
     /// `count` pixels from the sums of their parts, row of parts by row of parts.
     void (*averageParts)(const std::int32_t* sums, PixelParts parts, int count, std::uint8_t* out);
     /// Weighted sum of `taps` rows of `count` bytes, weights of sum 16384; results have 6 fractional bits.

@@ -40,8 +40,6 @@ void mixPlaneRows(const PlaneRows& rows, int count, std::uint8_t* out) {
     }
 }
 
-using Longs4 = hn::FixedTag<std::int32_t, 4>;
-
 /// Of eight neighbouring columns the sums of their taps' products.
 HWY_INLINE hn::Vec<Shorts8> eightSums(const PlaneColumns& columns, const std::uint8_t* row, int column) {
     const Bytes16 d8;
@@ -84,13 +82,8 @@ struct Colors {
         const Shorts8 d16;
         const Longs4 d32;
         const auto by = hn::InterleaveLower(d16, hn::Set(d16, byA), hn::Set(d16, byB));
-        const auto sums = [&](auto both) {
-            auto rest = hn::Zero(d32);
-            const auto sum = hn::ReorderWidenMulAccumulate(d32, both, by, hn::Zero(d32), rest);
-            return hn::RearrangeToOddPlusEven(sum, rest);
-        };
-        low = sums(hn::InterleaveLower(d16, a, b));
-        high = sums(hn::InterleaveUpper(d16, a, b));
+        low = pairSums(d32, hn::InterleaveLower(d16, a, b), by);
+        high = pairSums(d32, hn::InterleaveUpper(d16, a, b), by);
     }
     HWY_INLINE void add(const Colors& other) {
         low = hn::Add(low, other.low);

@@ -21,6 +21,7 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 using Bytes16 = hn::FixedTag<std::uint8_t, 16>;
 using Shorts8 = hn::FixedTag<std::int16_t, 8>;
+using Longs4 = hn::FixedTag<std::int32_t, 4>;
 // Two rows of a footprint at once where registers hold them.
 using RowBytes = hn::CappedTag<std::uint8_t, 32>;
 using RowShorts = hn::CappedTag<std::int16_t, 16>;
@@ -72,6 +73,27 @@ template <class D16, class V8> HWY_INLINE hn::Vec<D16> addedProducts(D16 d16, V8
     const auto odd = hn::Mul(hn::BitCast(d16, hn::ShiftRight<8>(a)), hn::ShiftRight<8>(b));
     return hn::Add(even, odd);
 #endif
+}
+
+/// Of each two neighbouring numbers the sum of their products with two others.
+template <class D32, class V16> HWY_INLINE hn::Vec<D32> pairSums(D32 d32, V16 a, V16 b) {
+    auto rest = hn::Zero(d32);
+    const auto sum = hn::ReorderWidenMulAccumulate(d32, a, b, hn::Zero(d32), rest);
+    return hn::RearrangeToOddPlusEven(sum, rest);
+}
+
+/// Numbers from 0 to 255 as bytes.
+template <class D32> HWY_INLINE auto asBytes(D32, hn::Vec<D32> numbers) {
+    const hn::Rebind<std::uint8_t, D32> d8;
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+    // The library's own cut of 16 numbers, in the version at hand, picks other bytes on AVX3_DL.
+    if constexpr (hn::MaxLanes(D32()) == 16) {
+        return hn::Vec<decltype(d8)>{_mm512_cvtepi32_epi8(numbers.raw)};
+    } else
+#endif
+    {
+        return hn::DemoteTo(d8, numbers);
+    }
 }
 
 /// Two vectors of numbers cut to bytes, block by block: of each block of 16 bytes first those of `lower`.

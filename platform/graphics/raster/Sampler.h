@@ -12,19 +12,32 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
 namespace quillomat::raster {
 
-/// Neighbouring pixels of a row that share a footprint.
+/// The parts of pixels, and the picture that they are read from.
+struct PartsOfPixels {
+    PixelParts each;
+    double scaleU = 1; // of that picture to the whole one
+    double scaleV = 1;
+};
+
+/// A footprint by which each part of a pixel is filtered.
+struct PartsFootprint {
+    Footprint footprint;
+    PartsOfPixels parts;
+};
+
+/// Neighbouring pixels of a row that share a footprint: one along the canvas row's line where rows of the picture and
+/// of the canvas go the same way, and the other one once it is needed.
 struct FootprintBlock {
     int left = 0;
     int length = 0;
-    Footprint footprint;
-    PixelParts parts;  // each is filtered by the footprint
-    double scaleU = 1; // of the picture that the footprint reads, to the whole one
-    double scaleV = 1;
+    std::optional<LineFootprint> along;
+    std::optional<PartsFootprint> ofParts;
 };
 
 /// The blocks that one sampler has found for the rows that go together.

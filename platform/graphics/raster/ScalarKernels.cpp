@@ -120,6 +120,47 @@ void sumAlongCurve(const Footprint& footprint, const CurvedRow& row, int first, 
     }
 }
 
+/// Four sums of a column's weighted samples less 128 each, about where the line crosses it.
+void sumColumn(const LineFootprint& footprint, int part, const PictureLine& line, int column, std::int32_t* sums) {
+    const PixelView& picture = footprint.picture;
+    const std::int32_t at = line.start + (column - line.column) * line.step + (1 << (lineBits - linePhaseBits - 1));
+    const int phase = (at >> (lineBits - linePhaseBits)) & (linePhases - 1);
+    const int firstRow = line.row + (at >> lineBits) + 1 - footprint.rows->taps / 2;
+    const auto x = static_cast<std::size_t>(std::clamp(column, 0, picture.width - 1));
+    std::fill_n(sums, 4, 0);
+    for (int tap = 0; tap < footprint.rows->taps; ++tap) {
+        const auto y = static_cast<std::size_t>(std::clamp(firstRow + tap, 0, picture.height - 1));
+        const std::uint8_t* pixel = picture.pixels + y * picture.stride + x * 4;
+        for (int channel = 0; channel < 4; ++channel) {
+            sums[channel] += (pixel[channel] - 128) * footprint.rows->weight(part, phase, tap);
+        }
+    }
+}
+
+void filterAlongLine(const LineFootprint& footprint, const PictureLine& line, const CurvedRow::Axis& curve, int first,
+                     int count, std::uint8_t* out) {
+    const int bits = lineSumBits(footprint.parts);
+    for (int i = 0; i < count; ++i, out += 4) {
+        std::uint32_t pixel[4] = {};
+        for (int part = 0; part < footprint.parts; ++part) {
+            const int side = footprint.parts == 1 ? 0 : 2 * part - 1;
+            const std::int32_t u = positionAlong(curve, first + i) + side * footprint.columnsAside;
+            const int nearest = (u + phases / 2) >> phaseBits;
+            for (int tap = 0; tap < LineColumns::taps; ++tap) {
+                std::int32_t sums[4];
+                sumColumn(footprint, part, line, nearest - 3 + tap, sums);
+                const int weight = footprint.columns->weight(u - nearest * phases, tap);
+                for (int channel = 0; channel < 4; ++channel) {
+                    pixel[channel] += static_cast<std::uint32_t>(sums[channel] * weight);
+                }
+            }
+        }
+        for (int channel = 0; channel < 4; ++channel) {
+            out[channel] = static_cast<std::uint8_t>((pixel[channel] + halfOfLineSum(footprint.parts)) >> bits);
+        }
+    }
+}
+
 void averageParts(const std::int32_t* sums, PixelParts parts, int count, std::uint8_t* out) {
     for (int i = 0; i < count; ++i) {
         std::int32_t whole[4] = {};
@@ -267,10 +308,10 @@ void compositeUniform(std::uint8_t* canvas, const std::uint8_t* pixels, std::uin
 } // namespace
 
 const Kernels& scalarKernels() {
-    static constexpr Kernels kernels{"scalar",        projectPositions, filterFootprint, filterAlongCurve,
-                                     sumFootprint,    sumAlongCurve,    averageParts,    combineRows,
-                                     combineColumns,  mixRows,          mixColumns,      mixPlaneRows,
-                                     mixPlaneColumns, compositeCovered, compositeUniform};
+    static constexpr Kernels kernels{"scalar",     projectPositions, filterFootprint,  filterAlongCurve,
+                                     sumFootprint, sumAlongCurve,    filterAlongLine,  averageParts,
+                                     combineRows,  combineColumns,   mixRows,          mixColumns,
+                                     mixPlaneRows, mixPlaneColumns,  compositeCovered, compositeUniform};
     return kernels;
 }
 

@@ -1,5 +1,5 @@
 // The table of the kernels for wide registers, one source for every kind of processor: PositionKernels.cpp,
-// FootprintKernels.cpp, StretchKernels.cpp, PlanarKernels.cpp and CompositeKernels.cpp.
+// FootprintKernels.cpp, LineKernels.cpp, StretchKernels.cpp, PlanarKernels.cpp and CompositeKernels.cpp.
 #include "platform/graphics/raster/Kernels.h"
 
 #include "platform/graphics/ProcessorTarget.h"
@@ -29,6 +29,8 @@ void filterAlongCurve(const Footprint& footprint, const CurvedRow& row, int firs
 void sumFootprint(const Footprint& footprint, const std::int32_t* u, const std::int32_t* v, int count,
                   std::int32_t* sums);
 void sumAlongCurve(const Footprint& footprint, const CurvedRow& row, int first, int count, std::int32_t* sums);
+void filterAlongLine(const LineFootprint& footprint, const PictureLine& line, const CurvedRow::Axis& curve, int first,
+                     int count, std::uint8_t* out);
 void averageParts(const std::int32_t* sums, PixelParts parts, int count, std::uint8_t* out);
 void combineRows(const std::uint8_t* const* rows, const std::int16_t* weights, int taps, int count, std::int16_t* out);
 void combineColumns(const std::int16_t* row, const std::int32_t* first, const std::int16_t* weights, int taps,
@@ -42,10 +44,10 @@ void compositeCovered(std::uint8_t* canvas, const std::uint8_t* pixels, const st
 void compositeUniform(std::uint8_t* canvas, const std::uint8_t* pixels, std::uint8_t coverage, int count);
 
 const Kernels& kernelsOfTarget() {
-    static constexpr Kernels kernels{"vector",        projectPositions, filterFootprint, filterAlongCurve,
-                                     sumFootprint,    sumAlongCurve,    averageParts,    combineRows,
-                                     combineColumns,  mixRows,          mixColumns,      mixPlaneRows,
-                                     mixPlaneColumns, compositeCovered, compositeUniform};
+    static constexpr Kernels kernels{"vector",     projectPositions, filterFootprint,  filterAlongCurve,
+                                     sumFootprint, sumAlongCurve,    filterAlongLine,  averageParts,
+                                     combineRows,  combineColumns,   mixRows,          mixColumns,
+                                     mixPlaneRows, mixPlaneColumns,  compositeCovered, compositeUniform};
     return kernels;
 }
 

@@ -1,16 +1,19 @@
 #include "platform/graphics/raster/FilterTables.h"
+#include "platform/graphics/raster/FootprintShape.h"
 #include "platform/graphics/raster/Pyramid.h"
 #include "platform/graphics/raster/Sampler.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <optional>
 
 namespace quillomat::raster {
 
 namespace {
 
 constexpr int shortestSegment = 4;
+constexpr int shortestLineBlock = 16;
 // How much w may change over the pixels, and over the rows, that share a footprint.
 constexpr double largestChange = 0.04;
 // The same for long stretches, where the parabola that their positions follow would stray.
@@ -24,64 +27,10 @@ constexpr double farthestSteady = 0.49;
 constexpr int smallShear = 2 * steadyShear;
 constexpr double pixelsInCacheLine = 16;
 constexpr int mostRowsFetched = 8;
+// So far below the canvas row that is drawn is the one whose pixels are fetched meanwhile.
+constexpr int rowsAhead = 5;
 // A segment's rows, some hundreds, then lie within 2^31 bytes.
 constexpr int widestSteady = 1 << 20;
-
-// A pixel's square goes to a parallelogram on the picture, spanned by where a step right and a step down lead: r and d.
-// Convolved with the bilinear reconstruction's tents it is the ideal footprint. What is drawn is a sheared separable
-// filter with its exact profiles: rows are weighted by two boxes, as wide as the rows that r and d cross, and a tent;
-// each row is shifted by k columns per row, k = Cuv / (Cvv + 2), which makes columns and rows uncorrelated (C being
-// r rT + d dT, in units in which a box of width s has s² and a tent 2); columns by what the shear leaves of r and d.
-struct Steps {
-    double rightU = 0;
-    double rightV = 0;
-    double downU = 0;
-    double downV = 0;
-
-    [[nodiscard]] double covariance() const { return rightU * rightV + downU * downV; }
-    [[nodiscard]] double shear() const { return covariance() / (rightV * rightV + downV * downV + 2); }
-    [[nodiscard]] Steps ofParts(PixelParts parts) const {
-        return {rightU / parts.across, rightV / parts.across, downU / parts.down, downV / parts.down};
-    }
-};
-
-// The sheared filter has the ideal footprint's covariance. What it lacks shows where steps lead aslant even when they
-// are sheared, far in columns and rows: then a pixel is the average of parts of itself, whose steps are shorter. Up to
-// this product of columns and rows fine patterns keep 56 dB.
-constexpr double mostAslant = 0.9;
-// The same where parts cost twice as much as the whole: their columns take four taps as well.
-constexpr double mostAslantOfFour = 1.4;
-constexpr double columnsOfFour = 2;
-// Four parts beside each other cost twice as much as two, and gain little where these do not lead further aslant.
-constexpr double mostAslantOfTwo = 2.5;
-
-// What is shrunk further than 4.5 times, as previews are while a marker is dragged, has no more than four parts.
-constexpr double largestFinelySplit = 4.5 * 4.5;
-constexpr int partsBeyond = 4;
-
-/// Parts as few as do.
-PixelParts partsFor(const Steps& whole) {
-    const bool isFinelySplit = std::abs(whole.rightU * whole.downV - whole.rightV * whole.downU) <= largestFinelySplit;
-    const int mostParts = isFinelySplit ? mostPartsAcross * mostPartsDown : partsBeyond;
-    PixelParts parts;
-    while (true) {
-        const Steps step = whole.ofParts(parts);
-        const double shear = step.shear();
-        const double rightColumns = std::abs(step.rightU - shear * step.rightV);
-        const double downColumns = std::abs(step.downU - shear * step.downV);
-        const double right = rightColumns * std::abs(step.rightV);
-        const double down = downColumns * std::abs(step.downV);
-        const bool isAcross = right >= down;
-        const bool isOfFour = rightColumns + downColumns <= columnsOfFour;
-        const double most = isAcross && parts.across == 2 ? mostAslantOfTwo : isOfFour ? mostAslantOfFour : mostAslant;
-        int& split = isAcross ? parts.across : parts.down;
-        if (right + down <= most || parts.count() >= mostParts ||
-            split == (isAcross ? mostPartsAcross : mostPartsDown)) {
-            return parts;
-        }
-        split *= 2;
-    }
-}
 
 /// Two box widths.
 struct Boxes {
@@ -127,6 +76,28 @@ int rowsTogetherFor(const Homography& map, const SampledArea& area) {
     return rows;
 }
 
+/// Where a projected row leads at x.
+struct PointOnRow {
+    double x = std::numeric_limits<double>::quiet_NaN();
+    double w = 0;
+    double u = 0;
+    double v = 0;
+
+    PointOnRow() = default;
+    PointOnRow(const ProjectedRow& row, double at) : x(at), w(at * row.wStep + row.w0) {
+        const double inverse = 1 / w;
+        u = (at * row.uStep + row.u0) * inverse;
+        v = (at * row.vStep + row.v0) * inverse;
+    }
+};
+
+/// A block's first position, the one in its middle, and the next block's first one.
+struct CurveEnds {
+    PointOnRow from;
+    PointOnRow middle;
+    PointOnRow to;
+};
+
 class WarpSampler final : public Sampler {
 public:
     WarpSampler(std::shared_ptr<const Pyramid> picture, const Homography& canvasToPicture, const SampledArea& area,
@@ -140,10 +111,12 @@ public:
     void row(int y, int left, int right, std::uint8_t* out, SamplerScratch& scratch) const override {
         FootprintBlocks& blocks = scratch.footprintsOf(this);
         blocks.begin(y / rowsTogether_, static_cast<std::size_t>(right) / shortestSegment + 1);
+        const ProjectedRow positions = projectedRow(y, 0, {});
+        PointOnRow from; // where the last block ended
         while (left < right) {
-            const FootprintBlock& block = blockAt(y, left, blocks);
+            FootprintBlock& block = blockAt(y, left, blocks);
             const int end = std::min(right, block.left + block.length);
-            segment(block, y, left, end, out, scratch);
+            segment(block, y, positions, from, left, end, out, scratch);
             out += static_cast<std::ptrdiff_t>(end - left) * 4;
             left = end;
         }
@@ -175,16 +148,27 @@ private:
     }
 
     /// The block that pixel x of row y lies in, the same for all rows that go together.
-    [[nodiscard]] const FootprintBlock& blockAt(int y, int x, FootprintBlocks& blocks) const {
+    [[nodiscard]] FootprintBlock& blockAt(int y, int x, FootprintBlocks& blocks) const {
         const auto [block, isKnown] = blocks.at(static_cast<std::size_t>(x) / shortestSegment);
         if (!isKnown) {
-            const double middleY = y / rowsTogether_ * rowsTogether_ + rowsTogether_ / 2.0;
+            const double middleY = middleOfRows(y);
             block->length = lengthAt(middleY, x);
             block->left = x / block->length * block->length;
-            findFootprint(block->left + block->length / 2.0, middleY, *block);
+            block->along.reset();
+            block->ofParts.reset();
+            const Steps whole = stepsAt(block->left + block->length / 2.0, middleY);
+            if (block->length >= shortestLineBlock) {
+                block->along = lineFootprintFor(whole);
+            }
+            if (block->along) {
+                block->along->picture = pyramid_->level(0, 0);
+                block->along->ahead = fetchedAhead(block->along->rows->taps, whole.rightU, whole.downV);
+            }
         }
         return *block;
     }
+
+    [[nodiscard]] double middleOfRows(int y) const { return y / rowsTogether_ * rowsTogether_ + rowsTogether_ / 2.0; }
 
     [[nodiscard]] Steps stepsAt(double x, double y) const {
         const auto& m = map_.m;
@@ -199,10 +183,10 @@ private:
                 bounded((m[4] - v * m[5]) / w)};
     }
 
-    void findFootprint(double x, double y, FootprintBlock& block) const {
-        const Steps whole = stepsAt(x, y);
-        block.parts = partsFor(whole);
-        const Steps step = whole.ofParts(block.parts);
+    [[nodiscard]] PartsFootprint footprintFor(const Steps& whole) const {
+        PartsFootprint result;
+        result.parts.each = partsFor(whole);
+        const Steps step = whole.ofParts(result.parts.each);
         const Boxes fullRows{std::abs(step.rightV), std::abs(step.downV)};
         const int levelV = levelForWidth(fullRows.a + fullRows.b);
         const double factorV = 1 << levelV;
@@ -218,9 +202,9 @@ private:
         const double factorU = 1 << levelU;
         const Boxes columns = fullColumns.scaledTo(squaredWidthAtLevel(squares, factorU));
 
-        block.scaleU = 1 / factorU;
-        block.scaleV = 1 / factorV;
-        Footprint& footprint = block.footprint;
+        result.parts.scaleU = 1 / factorU;
+        result.parts.scaleV = 1 / factorV;
+        Footprint& footprint = result.footprint;
         footprint.picture = pyramid_->level(levelU, levelV);
         footprint.rows = &rowTable(rows.a, rows.b);
         // Beyond 16 columns a row nothing is told apart that so few rows of taps could show.
@@ -234,68 +218,121 @@ private:
         footprint.shear = unit * static_cast<std::int32_t>(std::lround(columnsPerRow * shearOne / unit));
         footprint.ahead = fetchedAhead(footprint.rows->taps, step.rightU / factorU, whole.downV / factorV);
         footprint.steadyLines = isSmall ? steadyLines(*footprint.columns, footprint.shear / steadyShear) : nullptr;
+        return result;
     }
 
-    /// All that the next canvas row but one reads and the rows before it do not, a line of the cache at a time.
+    /// All that the canvas row so far below reads and the rows before it do not, a line of the cache at a time.
     static FetchedAhead fetchedAhead(int rowTaps, double rightU, double downV) {
         FetchedAhead ahead;
         ahead.rows = std::clamp(static_cast<int>(std::ceil(std::abs(downV))), 1, mostRowsFetched);
-        ahead.firstRow = downV >= 0 ? rowTaps + ahead.rows : -2 * ahead.rows;
+        ahead.firstRow = downV >= 0 ? rowTaps + (rowsAhead - 1) * ahead.rows : -rowsAhead * ahead.rows;
         ahead.pixelsApart =
             static_cast<int>(std::clamp(pixelsInCacheLine / std::max(std::abs(rightU), 1.0), 1.0, 16.0));
         return ahead;
     }
 
-    void segment(const FootprintBlock& block, int y, int left, int right, std::uint8_t* out,
-                 SamplerScratch& scratch) const {
-        if (block.parts.count() > 1) {
+    /// `from` is where the row's last block ended, and then where this one does.
+    void segment(FootprintBlock& block, int y, const ProjectedRow& row, PointOnRow& from, int left, int right,
+                 std::uint8_t* out, SamplerScratch& scratch) const {
+        if (block.along) {
+            const CurveEnds ends = curveEnds(row, block, PixelParts{}, from);
+            from = ends.to;
+            if (segmentAlongLine(block, ends, left, right, out)) {
+                return;
+            }
+        }
+        if (!block.ofParts) {
+            block.ofParts = footprintFor(stepsAt(block.left + block.length / 2.0, middleOfRows(y)));
+        }
+        const PartsOfPixels& parts = block.ofParts->parts;
+        if (parts.each.count() > 1) {
             return segmentOfParts(block, y, left, right, out, scratch);
         }
-        drawPositions(block, projectedRow(block, y, 0), left, right - left, kernels_.filterAlongCurve,
-                      kernels_.filterFootprint, scratch, out);
+        const bool isWhole = parts.scaleU == 1 && parts.scaleV == 1;
+        const ProjectedRow& positions = isWhole ? row : projectedRow(y, 0, parts);
+        const CurveEnds ends = curveEnds(positions, block, PixelParts{}, isWhole ? from : PointOnRow{});
+        if (isWhole) {
+            from = ends.to;
+        }
+        drawPositions(block, positions, ends, left, right - left, kernels_.filterAlongCurve, kernels_.filterFootprint,
+                      scratch, out);
+    }
+
+    /// Whether positions follow a curve that the kernel can take.
+    bool segmentAlongLine(const FootprintBlock& block, const CurveEnds& ends, int left, int right,
+                          std::uint8_t* out) const {
+        CurvedRow curve;
+        if (!passesThrough(ends, curve)) {
+            return false;
+        }
+        const float bent = 2 * std::abs(curve.u.bend) * static_cast<float>(block.length);
+        const float step = std::abs(curve.u.step);
+        const double slope = (ends.to.v - ends.from.v) / (ends.to.u - ends.from.u);
+        if (step < bent || step + bent > static_cast<float>(mostLineStep) ||
+            !(std::abs(slope) * (1 << lineBits) < steepestLine)) {
+            return false;
+        }
+        // A straight line through the block's ends.
+        PictureLine line;
+        line.column = curve.u.origin >> phaseBits;
+        line.row = curve.v.origin >> phaseBits;
+        const double inColumn = line.column * static_cast<double>(phases) - ends.from.u;
+        const double start = (ends.from.v - line.row * static_cast<double>(phases) + inColumn * slope) / phases;
+        line.start = static_cast<std::int32_t>(start * (1 << lineBits));
+        line.step = static_cast<std::int32_t>(slope * (1 << lineBits));
+        kernels_.filterAlongLine(*block.along, line, curve.u, left - block.left, right - left, out);
+        return true;
     }
 
     void segmentOfParts(const FootprintBlock& block, int y, int left, int right, std::uint8_t* out,
                         SamplerScratch& scratch) const {
+        const PixelParts parts = block.ofParts->parts.each;
         for (int x = left; x < right; x += longestSegment) {
             const int pixels = std::min(right - x, longestSegment);
-            const int inRow = pixels * block.parts.across;
-            for (int down = 0; down < block.parts.down; ++down) {
-                drawPositions(block, projectedRow(block, y, down), x * block.parts.across, inRow,
+            const int inRow = pixels * parts.across;
+            for (int down = 0; down < parts.down; ++down) {
+                const ProjectedRow row = projectedRow(y, down, block.ofParts->parts);
+                drawPositions(block, row, curveEnds(row, block, parts, {}), x * parts.across, inRow,
                               kernels_.sumAlongCurve, kernels_.sumFootprint, scratch,
                               scratch.sums.data() + std::ptrdiff_t{4} * inRow * down);
             }
-            kernels_.averageParts(scratch.sums.data(), block.parts, pixels, out + std::ptrdiff_t{4} * (x - left));
+            kernels_.averageParts(scratch.sums.data(), parts, pixels, out + std::ptrdiff_t{4} * (x - left));
         }
     }
 
     /// `count` pixels, or parts of a row, from the `first` one on, by the kernel for curves or, where none fits, for
     /// any positions. Of each come four numbers.
     template <class Number>
-    void drawPositions(const FootprintBlock& block, const ProjectedRow& row, int first, int count,
-                       void (*along)(const Footprint&, const CurvedRow&, int, int, Number*),
+    void drawPositions(const FootprintBlock& block, const ProjectedRow& row, const CurveEnds& ends, int first,
+                       int count, void (*along)(const Footprint&, const CurvedRow&, int, int, Number*),
                        void (*at)(const Footprint&, const std::int32_t*, const std::int32_t*, int, Number*),
                        SamplerScratch& scratch, Number* out) const {
-        if (const auto curve = curveAlong(row, block)) {
-            along(block.footprint, *curve, first - block.left * block.parts.across, count, out);
+        const auto& [footprint, parts] = *block.ofParts;
+        CurvedRow curve;
+        if (passesThrough(ends, curve)) {
+            along(footprint, curve, first - block.left * parts.each.across, count, out);
             return;
         }
-        Footprint scattered = block.footprint;
+        Footprint scattered = footprint;
         scattered.isSteady = false;
+        ProjectedRow bounded = row;
+        // 32 pixels outside, any footprint sees the edge alone.
+        bounded.highestU = (footprint.picture.width + 32.0) * phases;
+        bounded.highestV = (footprint.picture.height + 32.0) * phases;
         for (int done = 0; done < count; done += longestSegment) {
             const int now = std::min(count - done, longestSegment);
-            kernels_.projectPositions(row, first + done, now, scratch.u.data(), scratch.v.data());
+            kernels_.projectPositions(bounded, first + done, now, scratch.u.data(), scratch.v.data());
             at(scattered, scratch.u.data(), scratch.v.data(), now, out + std::ptrdiff_t{4} * done);
         }
     }
 
-    /// Of one row of the block's parts; x counts parts.
-    [[nodiscard]] ProjectedRow projectedRow(const FootprintBlock& block, int y, int partDown) const {
-        const double centerY = y + (partDown + 0.5) / block.parts.down;
+    /// Of one row of parts; x counts parts. How far it goes is left open.
+    [[nodiscard]] ProjectedRow projectedRow(int y, int partDown, const PartsOfPixels& parts) const {
+        const double centerY = y + (partDown + 0.5) / parts.each.down;
         const auto& m = map_.m;
-        const double toU = block.scaleU * phases;
-        const double toV = block.scaleV * phases;
-        const double perPart = 1.0 / block.parts.across;
+        const double toU = parts.scaleU * phases;
+        const double toV = parts.scaleV * phases;
+        const double perPart = 1.0 / parts.each.across;
         ProjectedRow row;
         row.wStep = m[2] * perPart;
         row.w0 = centerY * m[5] + m[8];
@@ -304,44 +341,39 @@ private:
         row.u0 = (centerY * m[3] + m[6]) * toU - row.w0 * (phases / 2);
         row.vStep = m[1] * perPart * toV - row.wStep * (phases / 2);
         row.v0 = (centerY * m[4] + m[7]) * toV - row.w0 * (phases / 2);
-        // 32 pixels outside, any footprint sees the edge alone.
-        row.highestU = (block.footprint.picture.width + 32.0) * phases;
-        row.highestV = (block.footprint.picture.height + 32.0) * phases;
         return row;
     }
 
-    /// A parabola through the block's ends and its middle, which errs by less than half a position's unit; nothing
-    /// where w changes too much for that, or positions do.
-    [[nodiscard]] static std::optional<CurvedRow> curveAlong(const ProjectedRow& row, const FootprintBlock& block) {
-        const double half = block.length * block.parts.across / 2;
+    /// Of a block's positions, `from` known where it is the first one already.
+    static CurveEnds curveEnds(const ProjectedRow& row, const FootprintBlock& block, PixelParts parts,
+                               const PointOnRow& from) {
+        const double x = block.left * parts.across + 0.5;
+        const double length = block.length * parts.across;
+        return {from.x == x ? from : PointOnRow(row, x), PointOnRow(row, x + length / 2), PointOnRow(row, x + length)};
+    }
+
+    /// Makes it a parabola through a block's ends and its middle, which errs by less than half a position's unit; tells
+    /// when w changes too much for that, or positions do. It is handed on as it is: pieces of it that are copied would
+    /// wait for each other.
+    static bool passesThrough(const CurveEnds& ends, CurvedRow& curve) {
+        const auto& [from, middle, to] = ends;
+        const double half = middle.x - from.x;
         const double inverseHalf = 1 / half;
-        const double x = block.left * block.parts.across + 0.5;
-        const double w[3] = {x * row.wStep + row.w0, (x + half) * row.wStep + row.w0,
-                             (x + 2 * half) * row.wStep + row.w0};
-        if (!(std::abs(w[2] - w[0]) < 2 * largestChange * std::min(std::abs(w[0]), std::abs(w[2])))) {
-            return std::nullopt;
-        }
-        const double inverse[3] = {1 / w[0], 1 / w[1], 1 / w[2]};
-        const auto axis = [&](double start, double step, CurvedRow::Axis& out) {
-            const double at[3] = {(x * step + start) * inverse[0], ((x + half) * step + start) * inverse[1],
-                                  ((x + 2 * half) * step + start) * inverse[2]};
+        const auto axis = [&](double first, double second, double third, CurvedRow::Axis& out) {
             const auto isPlain = [](double p) { return std::abs(p) < farthestPlain; };
-            if (!isPlain(at[0]) || !isPlain(at[1]) || !isPlain(at[2]) ||
-                std::abs(at[2] - at[0]) > farthestFromOrigin / 2) {
+            if (!isPlain(first) || !isPlain(second) || !isPlain(third) ||
+                std::abs(third - first) > farthestFromOrigin / 2) {
                 return false;
             }
-            const double bend = (at[2] - 2 * at[1] + at[0]) * (inverseHalf * inverseHalf / 2);
-            out.origin = static_cast<std::int32_t>(at[0]);
-            out.start = static_cast<float>(at[0] - out.origin);
-            out.step = static_cast<float>((at[1] - at[0]) * inverseHalf - bend * half);
+            const double bend = (third - 2 * second + first) * (inverseHalf * inverseHalf / 2);
+            out.origin = static_cast<std::int32_t>(first);
+            out.start = static_cast<float>(first - out.origin);
+            out.step = static_cast<float>((second - first) * inverseHalf - bend * half);
             out.bend = static_cast<float>(bend);
             return true;
         };
-        CurvedRow curve;
-        if (!axis(row.u0, row.uStep, curve.u) || !axis(row.v0, row.vStep, curve.v)) {
-            return std::nullopt;
-        }
-        return curve;
+        return std::abs(to.w - from.w) < 2 * largestChange * std::min(std::abs(from.w), std::abs(to.w)) &&
+               axis(from.u, middle.u, to.u, curve.u) && axis(from.v, middle.v, to.v, curve.v);
     }
 
     PixelSize size_;

@@ -93,6 +93,27 @@ TEST(Rasterizer, drawsShrunkQuadsTurnedByEveryFifteenDegreesAsTheReferenceDoes) 
     }
 }
 
+TEST(Rasterizer, drawsShrunkQuadsWhoseSidesLeanAsTheReferenceDoes) {
+    const Image large = Image::fromBitmap(screenshotLike({480, 600}));
+    const Image translucent = Image::fromBitmap(screenshotLike({480, 600}, /*opaque=*/false));
+    for (const double right : {-40.0, -12.0, 0.0, 25.0}) {
+        for (const double down : {-30.0, -8.0, 3.0, 18.0}) {
+            const auto leaning = [&](double x, double y) {
+                return Point{25 + x * 150 + y * down, 45 + y * 170 + x * right};
+            };
+            const Point topLeft = leaning(0, 0), topRight = leaning(1, 0);
+            const Point bottomLeft = leaning(0, 1), bottomRight = leaning(1, 1.03);
+            const Quad ways[] = {{topLeft, topRight, bottomLeft, bottomRight},
+                                 {topRight, topLeft, bottomRight, bottomLeft},
+                                 {bottomLeft, bottomRight, topLeft, topRight}};
+            for (const Quad& quad : ways) {
+                EXPECT_TRUE(quadAgrees(large, quad, shrunkTolerance)) << right << " right, " << down << " down";
+            }
+            EXPECT_TRUE(quadAgrees(translucent, ways[0], shrunkTolerance, 20)) << right << " right, " << down;
+        }
+    }
+}
+
 TEST(Rasterizer, flatPicturesStayFlatHoweverTheyAreTurnedAndShrunk) {
     for (const int level : {0, 1, 127, 254, 255}) {
         Bitmap flat({480, 600});

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <utility>
 
 namespace quillomat::raster {
 namespace {
@@ -48,6 +49,69 @@ TEST(FilterTables, boxesOfNearlyTheSameProfileShareATable) {
     EXPECT_NE(&columnTable(2, 0.5), &columnTable(2.1, 0.5));
 }
 
+TEST(FilterTables, weightsAlongLinesComeToOne) {
+    const TablesInUse use;
+    for (double width = 0; width <= widestLineRows; width += 0.11) {
+        for (const int parts : {1, 2}) {
+            const LineRows& rows = lineRows(width, parts);
+            ASSERT_EQ(rows.taps % 2, 0);
+            ASSERT_LE(rows.taps, mostLineRows);
+            for (int phase = 0; phase < linePhases; ++phase) {
+                for (int part = 0; part < parts; ++part) {
+                    int sum = 0;
+                    for (int tap = 0; tap < rows.taps; ++tap) {
+                        sum += rows.weight(part, phase, tap);
+                    }
+                    ASSERT_EQ(sum, 256) << width << " in " << parts;
+                }
+            }
+        }
+    }
+    for (double width = 0; width <= widestLineColumns; width += 0.11) {
+        const LineColumns& columns = lineColumns(width);
+        ASSERT_EQ(columns.lines[-1], 0) << "before the first line";
+        for (int phase = -phases / 2; phase < phases / 2; ++phase) {
+            int sum = 0;
+            for (int tap = 0; tap < LineColumns::taps; ++tap) {
+                sum += columns.weight(phase, tap);
+            }
+            ASSERT_EQ(sum, 32768) << width;
+            ASSERT_EQ(columns.weight(phase, LineColumns::taps - 1), 0) << width << " at " << phase;
+        }
+    }
+}
+
+TEST(FilterTables, partsOfALineLeaveTheOtherSidesTapsAlone) {
+    const TablesInUse use;
+    for (double width = 0; width <= widestLineRows; width += 0.11) {
+        const LineRows& rows = lineRows(width, 2);
+        for (int phase = 0; phase < linePhases; ++phase) {
+            for (int tap = rows.taps / 2 + 1; tap < rows.taps; ++tap) {
+                ASSERT_EQ(rows.weight(0, phase, tap), 0) << width << " at " << phase;
+            }
+            for (int tap = 0; tap < rows.taps / 2 - 1; ++tap) {
+                ASSERT_EQ(rows.weight(1, phase, tap), 0) << width << " at " << phase;
+            }
+        }
+    }
+}
+
+TEST(FilterTables, halvesOfALinesRowsAreTheWhole) {
+    const TablesInUse use;
+    for (double width = 1; width <= widestLineRows; width += 0.25) {
+        const LineRows& whole = lineRows(width, 1);
+        const LineRows& halves = lineRows(width, 2);
+        ASSERT_EQ(whole.taps, halves.taps);
+        for (int phase = 0; phase < linePhases; ++phase) {
+            for (int tap = 0; tap < whole.taps; ++tap) {
+                EXPECT_NEAR((halves.weight(0, phase, tap) + halves.weight(1, phase, tap)) / 2.0,
+                            whole.weight(0, phase, tap), 1.5)
+                    << width << " at " << phase << ", " << tap;
+            }
+        }
+    }
+}
+
 void askForMany() {
     for (double wide = 0; wide <= widestBoxes; wide += 1.0 / 16) {
         for (double narrow = 0; narrow <= wide; narrow += 1.0 / 16) {
@@ -65,6 +129,9 @@ TEST(FilterTables, areFoundAgainWhileTheyAreFew) {
     EXPECT_EQ(&rowTable(1, 0.5), rows);
     EXPECT_EQ(steadyLines(*columns, 3), steadyLines(*columns, 3));
     EXPECT_NE(steadyLines(*columns, 3), steadyLines(*columns, 4));
+    EXPECT_EQ(&lineRows(3, 1), &lineRows(3, 1));
+    EXPECT_NE(&lineRows(3, 1), &lineRows(3, 2));
+    EXPECT_EQ(&lineColumns(3), &lineColumns(3));
 }
 
 TEST(FilterTables, areDroppedWhenTheyAreManyAndTheLastUserEnds) {
@@ -72,6 +139,9 @@ TEST(FilterTables, areDroppedWhenTheyAreManyAndTheLastUserEnds) {
     auto second = std::make_unique<TablesInUse>();
     const ColumnTable& columns = columnTable(2.5, 1);
     const std::uint8_t weight = columns.weight(7, 3);
+    const std::uint8_t ofRow = lineRows(3.5, 1).weight(0, 5, 2);
+    const std::uint8_t ofHalf = lineRows(3.5, 2).weight(1, 5, 3);
+    const std::int16_t ofColumn = lineColumns(2.5).weight(7, 3);
     askForMany();
     const std::size_t many = keptTableBytes();
     ASSERT_GT(many, mostTableBytes);
@@ -82,7 +152,16 @@ TEST(FilterTables, areDroppedWhenTheyAreManyAndTheLastUserEnds) {
     EXPECT_EQ(keptTableBytes(), 0U);
 
     const TablesInUse again;
-    EXPECT_EQ(columnTable(2.5, 1).weight(7, 3), weight) << "made anew";
+    std::size_t kept = 0;
+    const auto madeAnew = [&kept] { return std::exchange(kept, keptTableBytes()) < keptTableBytes(); };
+    EXPECT_EQ(columnTable(2.5, 1).weight(7, 3), weight);
+    EXPECT_TRUE(madeAnew());
+    EXPECT_EQ(lineRows(3.5, 1).weight(0, 5, 2), ofRow);
+    EXPECT_TRUE(madeAnew());
+    EXPECT_EQ(lineRows(3.5, 2).weight(1, 5, 3), ofHalf);
+    EXPECT_TRUE(madeAnew());
+    EXPECT_EQ(lineColumns(2.5).weight(7, 3), ofColumn);
+    EXPECT_TRUE(madeAnew());
 }
 
 } // namespace

@@ -393,6 +393,118 @@ TEST_F(FootprintTwins, curvesLeadToTheirNearestPositions) {
     }
 }
 
+/// A footprint along a line over a picture of noise that ends with its memory.
+class LineTwins : public KernelsTwins {
+protected:
+    LineFootprint randomFootprint(int i) {
+        const int width = 1 + upTo(i % 5 == 0 ? 20 : 300);
+        const int height = 1 + upTo(i % 7 == 0 ? 12 : 80);
+        pixels_ = randomPixels(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
+        if (i % 9 == 4) {
+            // The largest sums there are, side by side.
+            std::transform(pixels_.begin(), pixels_.end(), pixels_.begin(),
+                           [](std::uint8_t byte) { return byte < 200 ? 0 : 255; });
+        }
+        LineFootprint footprint;
+        footprint.picture = {pixels_.data(), width, height, static_cast<std::size_t>(width) * 4};
+        footprint.parts = 1 + i % 2;
+        footprint.rows = &lineRows(0.02 * upTo(300), footprint.parts);
+        footprint.columns = &lineColumns(0.02 * upTo(250));
+        footprint.columnsAside = footprint.parts == 1 ? 0 : upTo(2 * farthestAside) - farthestAside;
+        footprint.ahead = {8, 3, 4};
+        return footprint;
+    }
+
+    PictureLine randomLine(const PixelView& picture) {
+        PictureLine line;
+        line.column = upTo(picture.width);
+        line.row = upTo(picture.height + 8) - 4;
+        line.start = upTo(4 << lineBits) - (2 << lineBits);
+        const int steepest = upTo(2) == 0 ? steepestLine : steepestLine / 10;
+        line.step = upTo(5) == 0 ? 0 : upTo(2 * steepest) - steepest;
+        return line;
+    }
+
+    TablesInUse tables_;
+    std::vector<std::uint8_t> pixels_;
+};
+
+TEST_F(LineTwins, filterAlongLine) {
+    std::uniform_real_distribution<float> unit(-1, 1);
+    for (int i = 0; i < 800; ++i) {
+        const LineFootprint footprint = randomFootprint(i);
+        const PictureLine line = randomLine(footprint.picture);
+        CurvedRow::Axis curve;
+        curve.origin = upTo((footprint.picture.width + 40) * phases) - 20 * phases;
+        curve.start = unit(random_);
+        // All one way, no matter which, and never too fast.
+        curve.step = (i % 4 < 2 ? 1.0F : -1.0F) * (100.0F + static_cast<float>(upTo(mostLineStep - 300)));
+        curve.bend = unit(random_) * 0.15F;
+        const int count = 1 + upTo(i % 3 == 0 ? 9 : longestBlock - 1);
+        const int first = upTo(longestBlock - count);
+        expectSameBytes(randomBytes(static_cast<std::size_t>(count) * 4), static_cast<std::size_t>(i % 4),
+                        [&](const Kernels& kernels, std::uint8_t* out) {
+                            kernels.filterAlongLine(footprint, line, curve, first, count, out);
+                        });
+    }
+}
+
+TEST_F(LineTwins, pixelsAreThePicturesMeanUnderTheBoxesThatFollowTheLine) {
+    const int width = 120, height = 90;
+    pixels_ = randomPixels(std::size_t{width} * height);
+    LineFootprint footprint;
+    footprint.picture = {pixels_.data(), width, height, std::size_t{width} * 4};
+    for (const int parts : {1, 2}) {
+        constexpr double down = 3.25, across = 2.5, aside = 0.375;
+        footprint.parts = parts;
+        footprint.rows = &lineRows(down, parts);
+        footprint.columns = &lineColumns(across);
+        footprint.columnsAside = parts == 1 ? 0 : static_cast<int>(aside * phases);
+        const PictureLine line{10, 12, 1 << (lineBits - 1), (1 << lineBits) / 4};
+        const CurvedRow::Axis curve{20 * phases + 77, 0, 2.5F * phases, 0};
+        constexpr int count = 24;
+        std::uint8_t out[count * 4];
+        bestKernels().filterAlongLine(footprint, line, curve, 0, count, out);
+        for (int i = 0; i < count; ++i) {
+            for (int channel = 0; channel < 4; ++channel) {
+                double mean = 0;
+                for (int part = 0; part < parts; ++part) {
+                    const int side = parts == 1 ? 0 : 2 * part - 1;
+                    const double u = 20 + 77.0 / phases + 2.5 * i + side * aside;
+                    for (int x = 0; x < width; ++x) {
+                        const double v = 12.5 + (x - 10) / 4.0 + side * down / 4;
+                        for (int y = 0; y < height; ++y) {
+                            mean += boxTent(x - u, across) * boxTent(y - v, down / parts) / parts *
+                                    pixels_[static_cast<std::size_t>((y * width + x) * 4 + channel)];
+                        }
+                    }
+                }
+                // Weights of rows are whole numbers of 256, at the nearest of 64 phases.
+                ASSERT_NEAR(out[i * 4 + channel], mean, 3) << parts << " parts, pixel " << i;
+            }
+        }
+    }
+}
+
+TEST_F(LineTwins, flatPicturesStayFlat) {
+    for (int level = 0; level < 256; ++level) {
+        for (const int parts : {1, 2}) {
+            pixels_.assign(std::size_t{60} * 40 * 4, static_cast<std::uint8_t>(level));
+            LineFootprint footprint;
+            footprint.picture = {pixels_.data(), 60, 40, 240};
+            footprint.parts = parts;
+            footprint.rows = &lineRows(1 + level % 32 / 8.0, parts);
+            footprint.columns = &lineColumns(1 + level / 64.0);
+            footprint.columnsAside = parts == 1 ? 0 : 90;
+            std::uint8_t out[40 * 4];
+            bestKernels().filterAlongLine(footprint, {0, 5, 1234, 9000}, {-3 * phases, 0, 400, 0}, 0, 40, out);
+            for (const std::uint8_t byte : out) {
+                ASSERT_EQ(byte, level) << parts << " parts";
+            }
+        }
+    }
+}
+
 TEST_F(KernelsTwins, averageParts) {
     // Sums of whole weights are 2^23 times what lies 128 from a byte at most.
     std::uniform_int_distribution<std::int32_t> sumOf(-(128 << 23), 127 << 23);

@@ -1,0 +1,98 @@
+#include "platform/graphics/raster/FootprintShape.h"
+
+#include "platform/graphics/raster/FilterTables.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace quillomat::raster {
+
+namespace {
+
+// The sheared filter has the ideal footprint's covariance. What it lacks shows where steps lead aslant even when they
+// are sheared, far in columns and rows: then a pixel is the average of parts of itself, whose steps are shorter. Up to
+// this product of columns and rows fine patterns keep 56 dB.
+constexpr double mostAslant = 0.9;
+// The same where parts cost twice as much as the whole: their columns take four taps as well.
+constexpr double mostAslantOfFour = 1.4;
+constexpr double columnsOfFour = 2;
+// Four parts beside each other cost twice as much as two, and gain little where these do not lead further aslant.
+constexpr double mostAslantOfTwo = 2.5;
+
+// What is shrunk further than 4.5 times, as previews are while a marker is dragged, has no more than four parts.
+constexpr double largestFinelySplit = 4.5 * 4.5;
+constexpr int partsBeyond = 4;
+
+// A footprint along the line of its canvas row takes the row's slope as it is, v rising by s rows per column; how the
+// canvas's columns lean, u moving by t columns per row, is left to its two parts, or to nothing. With the tents, in the
+// units of C: M = C + 2, t R² = Muv - s Muu, R² = Mvv - 2 s t R² - s² Muu. Of the leaning that makes up for tents which
+// follow the line instead of the picture's rows, two thirds are best: it shows at the parallelogram's sides alone. Fine
+// patterns keep 56 dB up to these limits.
+constexpr double tentsLeaning = 2.0 / 3;
+constexpr double farthestLeaningWhole = 0.006; // in steps right
+constexpr double farthestLeaning = 0.12;
+constexpr double steepestSlope = static_cast<double>(steepestLine - 1) / (1 << lineBits);
+constexpr double steepestFootprint = 0.26;
+// Below that footprints are as fast that round no phases, and no weights of rows to bytes.
+constexpr double narrowestLine = 1.6;
+constexpr double smallestLineArea = 4.2;
+
+} // namespace
+
+PixelParts partsFor(const Steps& whole) {
+    const bool isFinelySplit = std::abs(whole.rightU * whole.downV - whole.rightV * whole.downU) <= largestFinelySplit;
+    const int mostParts = isFinelySplit ? mostPartsAcross * mostPartsDown : partsBeyond;
+    PixelParts parts;
+    while (true) {
+        const Steps step = whole.ofParts(parts);
+        const double shear = step.shear();
+        const double rightColumns = std::abs(step.rightU - shear * step.rightV);
+        const double downColumns = std::abs(step.downU - shear * step.downV);
+        const double right = rightColumns * std::abs(step.rightV);
+        const double down = downColumns * std::abs(step.downV);
+        const bool isAcross = right >= down;
+        const bool isOfFour = rightColumns + downColumns <= columnsOfFour;
+        const double most = isAcross && parts.across == 2 ? mostAslantOfTwo : isOfFour ? mostAslantOfFour : mostAslant;
+        int& split = isAcross ? parts.across : parts.down;
+        if (right + down <= most || parts.count() >= mostParts ||
+            split == (isAcross ? mostPartsAcross : mostPartsDown)) {
+            return parts;
+        }
+        split *= 2;
+    }
+}
+
+std::optional<LineFootprint> lineFootprintFor(const Steps& step) {
+    const double slope = step.rightV / step.rightU;
+    const double acrossSquares = step.rightU * step.rightU + step.downU * step.downU;
+    const double wholeLeaning = step.covariance() - slope * (acrossSquares + 2);
+    const double downSquares = step.rightV * step.rightV + step.downV * step.downV + 2 - 2 * slope * wholeLeaning -
+                               slope * slope * (acrossSquares + 2);
+    const double down = std::sqrt(std::max(downSquares - 2, 0.0));
+    const double right = std::abs(step.rightU);
+    const double leaning = step.covariance() - slope * (acrossSquares + 2 * tentsLeaning);
+    const double aside = std::abs(leaning / downSquares) * down;
+    if (!(right >= narrowestLine && down >= narrowestLine && right * down >= smallestLineArea &&
+          aside <= farthestLeaning * right && std::abs(slope) <= steepestSlope &&
+          std::abs(slope) * down <= steepestFootprint * right * right)) {
+        return std::nullopt;
+    }
+    LineFootprint footprint;
+    footprint.parts = aside <= farthestLeaningWhole * right ? 1 : 2;
+    double columnSquares = acrossSquares;
+    if (footprint.parts == 2) {
+        // Half a box is a quarter of it away from the whole one's middle.
+        const double columnsPerRow = leaning / (0.75 * down * down);
+        footprint.columnsAside = static_cast<std::int32_t>(std::lround(columnsPerRow * down / 4 * phases));
+        columnSquares -= columnsPerRow * leaning;
+    }
+    const double columns = std::sqrt(std::max(columnSquares, 0.0));
+    if (down > widestLineRows || columns > widestLineColumns) {
+        return std::nullopt;
+    }
+    footprint.rows = &lineRows(down, footprint.parts);
+    footprint.columns = &lineColumns(columns);
+    return footprint;
+}
+
+} // namespace quillomat::raster
