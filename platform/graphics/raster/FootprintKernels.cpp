@@ -69,11 +69,7 @@ template <int kInTurn, class D8> HWY_INLINE hn::Vec<D8> blockWeights(D8 d8, hn::
         alignas(64) static constexpr std::uint8_t ofTwo[64] = {
             0, 1, 2, 3, 0, 1, 2, 3, 0, 1, 2, 3, 0, 1, 2, 3, 4, 5, 6, 7, 4, 5, 6, 7, 4, 5, 6, 7, 4, 5, 6, 7,
             0, 1, 2, 3, 0, 1, 2, 3, 0, 1, 2, 3, 0, 1, 2, 3, 4, 5, 6, 7, 4, 5, 6, 7, 4, 5, 6, 7, 4, 5, 6, 7};
-        alignas(64) static constexpr std::uint8_t ofFour[64] = {
-            0, 1, 2,  3,  0,  1,  2,  3,  0,  1,  2,  3,  0,  1,  2,  3,  4,  5,  6,  7, 4,  5,
-            6, 7, 4,  5,  6,  7,  4,  5,  6,  7,  8,  9,  10, 11, 8,  9,  10, 11, 8,  9, 10, 11,
-            8, 9, 10, 11, 12, 13, 14, 15, 12, 13, 14, 15, 12, 13, 14, 15, 12, 13, 14, 15};
-        return hn::TableLookupBytes(packed, hn::Load(d8, kInTurn == 2 ? ofTwo : ofFour));
+        return hn::TableLookupBytes(packed, hn::Load(d8, kInTurn == 2 ? ofTwo : numbersInBlocks));
     }
 }
 
@@ -201,15 +197,13 @@ template <int kPixels, class D32> HWY_INLINE auto foldedBlocks(D32 d32, hn::Vec<
     constexpr int blocks = static_cast<int>(hn::MaxLanes(D32()) / 4);
     if constexpr (blocks == kPixels) {
         return sums;
+    } else if constexpr (kPixels == 1) {
+        return addedBlocks(d32, sums);
     } else {
         const hn::Half<D32> half;
-        if constexpr (kPixels == 1) {
-            return foldedBlocks<1>(half, hn::Add(hn::LowerHalf(half, sums), hn::UpperHalf(half, sums)));
-        } else {
-            const hn::Repartition<std::int32_t, hn::FixedTag<std::uint8_t, kPixels * 16>> dFolded;
-            return hn::Combine(dFolded, foldedBlocks<kPixels / 2>(half, hn::UpperHalf(half, sums)),
-                               foldedBlocks<kPixels / 2>(half, hn::LowerHalf(half, sums)));
-        }
+        const hn::Repartition<std::int32_t, hn::FixedTag<std::uint8_t, kPixels * 16>> dFolded;
+        return hn::Combine(dFolded, foldedBlocks<kPixels / 2>(half, hn::UpperHalf(half, sums)),
+                           foldedBlocks<kPixels / 2>(half, hn::LowerHalf(half, sums)));
     }
 }
 

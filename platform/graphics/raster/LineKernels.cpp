@@ -228,9 +228,9 @@ HWY_INLINE void combineGroups(const LineFootprint& footprint, const PictureLine&
         }
         const auto phase =
             hn::BitCast(d8, hn::And(hn::ShiftRight<lineBits - linePhaseBits>(at), hn::Set(d32, linePhases - 1)));
-        Bytes phases[2];
+        Bytes places[2]; // of weights in their tables
         for (int half = 0; half < 2; ++half) {
-            phases[half] =
+            places[half] =
                 hn::Or(Bytes{_mm512_permutexvar_epi8(columnsOrder[half].raw, phase.raw)}, hn::Load(d8, pairOrder.rows));
         }
         hn::Vec<decltype(d16)> sum[kParts][2];
@@ -260,7 +260,7 @@ HWY_INLINE void combineGroups(const LineFootprint& footprint, const PictureLine&
 #pragma GCC unroll 2
                 for (int part = 0; part < kParts; ++part) {
                     if (isWeighed(kParts, part, kTaps, pair)) {
-                        const Bytes weight = picked(phases[half], weights[part][2 * pair], weights[part][2 * pair + 1]);
+                        const Bytes weight = picked(places[half], weights[part][2 * pair], weights[part][2 * pair + 1]);
                         sum[part][half] = hn::Add(sum[part][half], addedProducts(d16, weight, samples));
                     }
                 }
@@ -385,10 +385,6 @@ using WideSums = hn::Repartition<std::int32_t, WideShorts>;
 
 /// The eight columns of a pixel times their weights, those of two blocks or more beside each other.
 HWY_INLINE hn::Vec<WideSums> weighedColumns(const std::int16_t* sums, const std::int16_t* weights) {
-    alignas(64) static constexpr std::uint8_t ofBlocks[64] = {
-        0, 1, 2,  3,  0,  1,  2,  3,  0,  1,  2,  3,  0,  1,  2,  3,  4,  5,  6,  7, 4,  5,
-        6, 7, 4,  5,  6,  7,  4,  5,  6,  7,  8,  9,  10, 11, 8,  9,  10, 11, 8,  9, 10, 11,
-        8, 9, 10, 11, 12, 13, 14, 15, 12, 13, 14, 15, 12, 13, 14, 15, 12, 13, 14, 15};
     const WideShorts d16;
     const hn::Repartition<std::uint8_t, WideShorts> d8;
     const WideSums d32;
@@ -396,20 +392,10 @@ HWY_INLINE hn::Vec<WideSums> weighedColumns(const std::int16_t* sums, const std:
     constexpr int lanes = static_cast<int>(hn::MaxLanes(WideShorts()));
     auto sum = hn::Zero(d32);
     for (int from = 0; from < 4 * LineColumns::taps; from += lanes) {
-        const auto spread = hn::TableLookupBytes(eight, hn::Load(d8, ofBlocks + 2 * from));
+        const auto spread = hn::TableLookupBytes(eight, hn::Load(d8, numbersInBlocks + 2 * from));
         sum = hn::Add(sum, pairSums(d32, hn::LoadU(d16, sums + from), hn::BitCast(d16, spread)));
     }
     return sum;
-}
-
-/// The blocks of a register added up.
-template <class D32> HWY_INLINE hn::Vec<Longs4> addedBlocks(D32 d32, hn::Vec<D32> sums) {
-    if constexpr (hn::MaxLanes(D32()) == 4) {
-        return sums;
-    } else {
-        const hn::Half<D32> half;
-        return addedBlocks(half, hn::Add(hn::LowerHalf(half, sums), hn::UpperHalf(half, sums)));
-    }
 }
 
 template <int kParts> class LinePixels {

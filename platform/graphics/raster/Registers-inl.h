@@ -96,6 +96,22 @@ template <class D32> HWY_INLINE auto asBytes(D32, hn::Vec<D32> numbers) {
     }
 }
 
+/// The blocks of a register added up.
+template <class D32> HWY_INLINE hn::Vec<Longs4> addedBlocks(D32 d32, hn::Vec<D32> sums) {
+    if constexpr (hn::MaxLanes(D32()) == 4) {
+        return sums;
+    } else {
+        const hn::Half<D32> half;
+        return addedBlocks(half, hn::Add(hn::LowerHalf(half, sums), hn::UpperHalf(half, sums)));
+    }
+}
+
+/// Where a block's four numbers of 32 bits stand when each fills a block of its own.
+alignas(64) constexpr std::uint8_t numbersInBlocks[64] = {
+    0, 1, 2,  3,  0,  1,  2,  3,  0,  1,  2,  3,  0,  1,  2,  3,  4,  5,  6,  7, 4,  5,
+    6, 7, 4,  5,  6,  7,  4,  5,  6,  7,  8,  9,  10, 11, 8,  9,  10, 11, 8,  9, 10, 11,
+    8, 9, 10, 11, 12, 13, 14, 15, 12, 13, 14, 15, 12, 13, 14, 15, 12, 13, 14, 15};
+
 /// Two vectors of numbers cut to bytes, block by block: of each block of 16 bytes first those of `lower`.
 template <class D8, class V16> HWY_INLINE hn::Vec<D8> packedInBlocks(D8 d8, V16 lower, V16 upper) {
 #if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
