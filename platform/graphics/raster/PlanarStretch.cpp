@@ -203,27 +203,30 @@ const std::uint8_t* PlanarSampler::mixRows(Plane plane, int y, int left, int rig
         static_cast<std::size_t>(samples.from) / PlanarPicture::alignment * PlanarPicture::alignment;
     const std::size_t to = std::min(roundedUp(static_cast<std::size_t>(samples.to)), room);
     const std::int8_t* weights = table.line(y);
-    scratch.rows.clear();
-    scratch.mixWeights.clear();
+    const std::uint8_t* const* const picture = picture_->rows(plane);
+    const int first = table.first[table.index(y)];
+    const int behind = first + table.taps;
+    const bool isLast = static_cast<std::size_t>(y + 1 - table.start) >= table.first.size();
+    const int nextEnd = isLast ? behind : std::min(table.first[table.index(y + 1)] + table.taps, rowCount(plane));
+    scratch.rows.resize(static_cast<std::size_t>(std::max(nextEnd, behind) - first));
+    scratch.mixWeights.resize(static_cast<std::size_t>(table.taps));
+    const std::uint8_t** const rows = scratch.rows.data();
+    std::int8_t* const rowWeights = scratch.mixWeights.data();
+    int taken = 0;
     for (int tap = 0; tap < table.taps; ++tap) {
         if (weights[tap] != 0) {
-            scratch.rows.push_back(picture_->rows(plane)[table.first[table.index(y)] + tap] + from);
-            scratch.mixWeights.push_back(weights[tap]);
+            rows[taken] = picture[first + tap] + from;
+            rowWeights[taken++] = weights[tap];
         }
     }
-    const std::size_t taken = scratch.rows.size();
-    if (static_cast<std::size_t>(y + 1 - table.start) < table.first.size()) {
-        const int behind = table.first[table.index(y)] + table.taps;
-        const int end = std::min(table.first[table.index(y + 1)] + table.taps, rowCount(plane));
-        for (int row = behind; row < end; ++row) {
-            if (const std::uint8_t* next = picture_->rows(plane)[row]) {
-                scratch.rows.push_back(next + from);
-            }
+    int known = taken;
+    for (int row = behind; row < nextEnd; ++row) {
+        if (picture[row] != nullptr) {
+            rows[known++] = picture[row] + from;
         }
     }
-    const PlaneRows rows{scratch.rows.data(), scratch.mixWeights.data(), static_cast<int>(taken),
-                         scratch.rows.data() + taken, static_cast<int>(scratch.rows.size() - taken)};
-    kernels_.mixPlaneRows(rows, static_cast<int>(to - from), memory + from);
+    const PlaneRows mixed{rows, rowWeights, taken, rows + taken, known - taken};
+    kernels_.mixPlaneRows(mixed, static_cast<int>(to - from), memory + from);
     return memory;
 }
 
