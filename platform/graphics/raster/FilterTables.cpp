@@ -138,6 +138,7 @@ void writeLine(const SampledProfile& profile, int phase, int taps, int total, in
 
 /// A table and the memory that it points to.
 struct OwnedColumns {
+    static constexpr std::size_t narrowBoxes = narrowSteps; // different ones that the narrower box may be
     ColumnTable table;
     std::vector<std::uint8_t> lines;
 
@@ -145,23 +146,31 @@ struct OwnedColumns {
 };
 
 struct OwnedRows {
+    static constexpr std::size_t narrowBoxes = narrowSteps;
     RowTable table;
     std::vector<std::int16_t> lines;
 
     [[nodiscard]] std::size_t bytes() const { return lines.size() * sizeof lines[0]; }
 };
 
-struct OwnedLineRows {
-    LineRows table;
-    std::vector<std::uint8_t> weights;
+/// A register of them.
+struct alignas(64) WeightsOfPhases {
+    std::array<std::uint8_t, linePhases> weights{};
+};
 
-    [[nodiscard]] std::size_t bytes() const { return weights.size(); }
+struct OwnedLineRows {
+    static constexpr std::size_t narrowBoxes = 1;
+    LineRows table;
+    std::vector<WeightsOfPhases> weights;
+
+    [[nodiscard]] std::size_t bytes() const { return weights.size() * sizeof weights[0]; }
 };
 
 /// A kind of its own, as its tables have the same widths.
 struct OwnedLineHalves : OwnedLineRows {};
 
 struct OwnedLineColumns {
+    static constexpr std::size_t narrowBoxes = 1;
     LineColumns table;
     std::vector<std::int16_t> lines;
 
@@ -203,10 +212,11 @@ template <typename Owned, int kParts> std::unique_ptr<const Owned> makeLineRows(
     const SampledProfile profile(width, 0);
     owned->table.taps = taps;
     const int weightsOfPart = taps * linePhases;
-    owned->weights.resize(static_cast<std::size_t>(kParts * weightsOfPart * (1 + 4)));
+    owned->weights.resize(static_cast<std::size_t>(kParts * taps * (1 + 4)));
+    std::uint8_t* const first = owned->weights.data()->weights.data();
     for (int part = 0; part < kParts; ++part) {
-        std::uint8_t* const weights = owned->weights.data() + part * weightsOfPart;
-        std::uint8_t* const pairs = owned->weights.data() + (kParts + 4 * part) * weightsOfPart;
+        std::uint8_t* const weights = first + part * weightsOfPart;
+        std::uint8_t* const pairs = first + (kParts + 4 * part) * weightsOfPart;
         owned->table.weights[part] = weights;
         owned->table.pairs[part] = pairs;
         const int fromLine = kParts == 1 ? 0 : part == 0 ? -apart / 2 : apart / 2;
@@ -244,7 +254,7 @@ public:
     using Table = decltype(Owned::table);
 
     [[nodiscard]] static std::size_t placeOf(int wide, int narrow, int taps) {
-        return (static_cast<std::size_t>(wide) * narrowSteps + static_cast<std::size_t>(narrow)) * kinds +
+        return (static_cast<std::size_t>(wide) * Owned::narrowBoxes + static_cast<std::size_t>(narrow)) * kinds +
                static_cast<std::size_t>(taps - 1) / 4;
     }
     [[nodiscard]] static const Table* found(std::size_t place) {
@@ -266,7 +276,7 @@ public:
 private:
     static constexpr std::size_t kinds = 4;
     // Zeros of the program's own, of which a run touches some pages.
-    static constinit inline std::array<std::atomic<const Table*>, std::size_t{widthSteps} * narrowSteps * kinds>
+    static constinit inline std::array<std::atomic<const Table*>, std::size_t{widthSteps} * Owned::narrowBoxes * kinds>
         places_{};
     std::vector<std::pair<std::size_t, std::unique_ptr<const Owned>>> kept_;
 };

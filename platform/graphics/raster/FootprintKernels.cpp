@@ -10,6 +10,7 @@
 #include <hwy/foreach_target.h>
 // After foreach_target.h, which compiles this file once for each kind of processor.
 #include "platform/graphics/raster/FootprintOffsets-inl.h"
+#include "platform/graphics/raster/PairSums-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace quillomat::raster {
@@ -18,8 +19,7 @@ namespace HWY_NAMESPACE { // NOLINT: the library's own name for each kind of pro
 #if HWY_TARGET != HWY_SCALAR
 
 #if HWY_TARGET == HWY_AVX3_DL
-// These processors add pairs of products to a sum at once, which the library does not ask the compiler for. Clang would
-// not add that to what is asked for around it, so all of it is asked for anew.
+// As for sums of pairs.
 HWY_POP_ATTRIBUTES
 HWY_PUSH_ATTRIBUTES(HWY_TARGET_STR ",avx512vnni")
 #endif
@@ -78,34 +78,6 @@ template <class D8> HWY_INLINE hn::Vec<D8> tapsByChannel(D8 d8, hn::Vec<D8> pixe
     alignas(16) static constexpr std::uint8_t byChannel[16] = {0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15};
     return hn::Xor(hn::TableLookupBytes(pixels, hn::LoadDup128(d8, byChannel)), hn::Set(d8, std::uint8_t{0x80}));
 }
-
-/// Sums of pairs of 16-bit products, in whatever order the processor adds them.
-template <class D32> class PairSums {
-public:
-    using D16 = hn::Repartition<std::int16_t, D32>;
-
-    HWY_INLINE PairSums() : sum_(hn::Zero(D32())), rest_(hn::Zero(D32())) {}
-    HWY_INLINE void add(hn::Vec<D16> a, hn::Vec<D16> b) {
-#if HWY_TARGET == HWY_AVX3_DL
-        if constexpr (hn::MaxLanes(D32()) == 16) {
-            sum_ = hn::Vec<D32>{_mm512_dpwssd_epi32(sum_.raw, a.raw, b.raw)};
-        } else if constexpr (hn::MaxLanes(D32()) == 8) {
-            sum_ = hn::Vec<D32>{_mm256_dpwssd_epi32(sum_.raw, a.raw, b.raw)};
-        } else {
-            sum_ = hn::Vec<D32>{_mm_dpwssd_epi32(sum_.raw, a.raw, b.raw)};
-        }
-#else
-        sum_ = hn::ReorderWidenMulAccumulate(D32(), a, b, sum_, rest_);
-#endif
-    }
-    [[nodiscard]] HWY_INLINE hn::Vec<D32> total() const {
-        return hn::RearrangeToOddPlusEven(sum_, rest_);
-    }
-
-private:
-    hn::Vec<D32> sum_;
-    hn::Vec<D32> rest_;
-};
 
 /// The weight of one of eight rows in every place.
 template <class D8> HWY_INLINE hn::Vec<hn::Repartition<std::int16_t, D8>> rowWeight(hn::Vec<D8> eightRows, int row) {

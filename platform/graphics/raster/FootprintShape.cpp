@@ -29,13 +29,32 @@ constexpr int partsBeyond = 4;
 // follow the line instead of the picture's rows, two thirds are best: it shows at the parallelogram's sides alone. Fine
 // patterns keep 56 dB up to these limits.
 constexpr double tentsLeaning = 2.0 / 3;
-constexpr double farthestLeaningWhole = 0.006; // in steps right
+constexpr double farthestLeaningWhole = 0.008; // in steps right
 constexpr double farthestLeaning = 0.12;
+constexpr double mostColumnsAside = 0.265; // of the picture
 constexpr double steepestSlope = static_cast<double>(steepestLine - 1) / (1 << lineBits);
-constexpr double steepestFootprint = 0.26;
+constexpr double steepestFootprint = 0.45;
 // Below that footprints are as fast that round no phases, and no weights of rows to bytes.
 constexpr double narrowestLine = 1.6;
 constexpr double smallestLineArea = 4.2;
+
+/// The parallelogram of a pixel as a footprint along its row's line sees it.
+struct LineShape {
+    double slope = 0;
+    double acrossSquares = 0;
+    double downSquares = 0; // with the tent
+    double down = 0;
+    double leaning = 0;
+
+    explicit LineShape(const Steps& step)
+        : slope(step.rightV / step.rightU), acrossSquares(step.rightU * step.rightU + step.downU * step.downU) {
+        const double wholeLeaning = step.covariance() - slope * (acrossSquares + 2);
+        downSquares = step.rightV * step.rightV + step.downV * step.downV + 2 - 2 * slope * wholeLeaning -
+                      slope * slope * (acrossSquares + 2);
+        down = std::sqrt(std::max(downSquares - 2, 0.0));
+        leaning = step.covariance() - slope * (acrossSquares + 2 * tentsLeaning);
+    }
+};
 
 } // namespace
 
@@ -63,36 +82,37 @@ PixelParts partsFor(const Steps& whole) {
 }
 
 std::optional<LineFootprint> lineFootprintFor(const Steps& step) {
-    const double slope = step.rightV / step.rightU;
-    const double acrossSquares = step.rightU * step.rightU + step.downU * step.downU;
-    const double wholeLeaning = step.covariance() - slope * (acrossSquares + 2);
-    const double downSquares = step.rightV * step.rightV + step.downV * step.downV + 2 - 2 * slope * wholeLeaning -
-                               slope * slope * (acrossSquares + 2);
-    const double down = std::sqrt(std::max(downSquares - 2, 0.0));
+    const LineShape shape(step);
     const double right = std::abs(step.rightU);
-    const double leaning = step.covariance() - slope * (acrossSquares + 2 * tentsLeaning);
-    const double aside = std::abs(leaning / downSquares) * down;
-    if (!(right >= narrowestLine && down >= narrowestLine && right * down >= smallestLineArea &&
-          aside <= farthestLeaning * right && std::abs(slope) <= steepestSlope &&
-          std::abs(slope) * down <= steepestFootprint * right * right)) {
+    const double slope = std::abs(shape.slope);
+    const double aside = std::abs(shape.leaning / shape.downSquares) * shape.down;
+    // Never where anything is no number.
+    if (!(right >= narrowestLine && shape.down >= narrowestLine && right * shape.down >= smallestLineArea &&
+          aside <= farthestLeaning * right && aside <= mostColumnsAside && slope <= steepestSlope &&
+          slope * shape.down <= steepestFootprint * right * right && shape.down <= widestLineRows &&
+          shape.acrossSquares <= widestLineColumns * widestLineColumns)) {
         return std::nullopt;
     }
     LineFootprint footprint;
     footprint.parts = aside <= farthestLeaningWhole * right ? 1 : 2;
-    double columnSquares = acrossSquares;
-    if (footprint.parts == 2) {
-        // Half a box is a quarter of it away from the whole one's middle.
-        const double columnsPerRow = leaning / (0.75 * down * down);
-        footprint.columnsAside = static_cast<std::int32_t>(std::lround(columnsPerRow * down / 4 * phases));
-        columnSquares -= columnsPerRow * leaning;
-    }
-    const double columns = std::sqrt(std::max(columnSquares, 0.0));
-    if (down > widestLineRows || columns > widestLineColumns) {
-        return std::nullopt;
-    }
-    footprint.rows = &lineRows(down, footprint.parts);
-    footprint.columns = &lineColumns(columns);
+    footprint.rows = &lineRows(shape.down, footprint.parts);
     return footprint;
+}
+
+LineFootprint::Columns lineColumnsFor(const Steps& step, int parts) {
+    const LineShape shape(step);
+    LineFootprint::Columns columns;
+    double squares = shape.acrossSquares;
+    if (parts == 2) {
+        // Half a box is a quarter of it away from the whole one's middle.
+        const double columnsPerRow = shape.leaning / (0.75 * shape.down * shape.down);
+        const double aside = columnsPerRow * shape.down / 4 * phases;
+        columns.aside = static_cast<std::int32_t>(
+            std::lround(std::clamp(aside, static_cast<double>(-farthestAside), static_cast<double>(farthestAside))));
+        squares -= columnsPerRow * shape.leaning;
+    }
+    columns.table = &lineColumns(std::sqrt(std::max(squares, 0.0)));
+    return columns;
 }
 
 } // namespace quillomat::raster

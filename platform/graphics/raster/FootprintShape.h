@@ -31,8 +31,10 @@ struct Steps {
 /// The parts that a pixel is averaged from; as few as do.
 [[nodiscard]] PixelParts partsFor(const Steps& whole);
 
-/// A footprint along the line of the pixels' row; null where the picture is to be filtered otherwise. Its picture, and
-/// what is to be fetched ahead, are left open.
+/// A footprint along the line of the pixels' row; null where the picture is to be filtered otherwise. Its columns, its
+/// picture, and what is to be fetched ahead, are left open.
 [[nodiscard]] std::optional<LineFootprint> lineFootprintFor(const Steps& step);
+/// The columns of such a footprint of so many parts.
+[[nodiscard]] LineFootprint::Columns lineColumnsFor(const Steps& step, int parts);
 
 } // namespace quillomat::raster

@@ -1,6 +1,7 @@
 // The hot loops, apart from the plain logic: what they compute is fixed to the bit, however fast they do it.
 #pragma once
 
+#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -149,21 +150,47 @@ struct LineColumns {
     static constexpr int taps = 8;
 };
 
+/// Pixels of a block along a line have the same columns from one multiple of it to the next at least.
+constexpr int pixelsAlike = 16;
+
 /// A footprint for canvas rows that lead along the picture's rows, more or less. Columns of the picture are combined
 /// first, each about where the canvas row's line crosses it, once for all pixels that read it. Pixels are combined from
 /// those. A footprint of two parts is the average of two halves, above and below the line, which lie as far aside as
 /// the canvas's columns lean.
 struct LineFootprint {
+    struct Columns {
+        const LineColumns* table = nullptr;
+        std::int32_t aside = 0; // of the second part, in phases; the first lies as far on the other side
+    };
+    static constexpr std::size_t mostColumns = 4;
+
     PixelView picture;
     const LineRows* rows = nullptr;
-    const LineColumns* columns = nullptr;
+    /// Of each 2^(columnBits) pixels from the first one on.
+    std::array<Columns, mostColumns> columns;
+    int columnBits = 0;
+    std::int32_t farthestAside = 0; // of any of them
     int parts = 1;
-    std::int32_t columnsAside = 0; // of the second part, in phases; the first lies as far on the other side
     FetchedAhead ahead;
+
+    [[nodiscard]] const Columns& columnsOf(int pixel) const {
+        return columns[static_cast<std::size_t>(pixel) >> columnBits];
+    }
+    /// The pixel behind those that share a pixel's columns.
+    [[nodiscard]] int endOfColumns(int pixel) const { return ((pixel >> columnBits) + 1) << columnBits; }
 };
 constexpr int farthestAside = 2 * phases;
-/// Positions of neighbouring pixels are no farther apart, in phases; those of a curve all lie one way.
+/// Positions of neighbouring pixels are no farther apart, in phases.
 constexpr int mostLineStep = 6 * phases;
+
+/// Columns at which a row's pixels lie, in phases: start + step i / (1 + fall i), rounded, `origin` apart. All lie one
+/// way.
+struct LineCurve {
+    std::int32_t origin = 0;
+    float start = 0;
+    float step = 0;
+    float fall = 0;
+};
 
 /// Where a canvas row's line leads: in `column` + c it lies at `row` + (start + step c) / 65536.
 struct PictureLine {
@@ -173,8 +200,8 @@ struct PictureLine {
     std::int32_t step = 0;
 };
 constexpr int lineBits = 16;
-/// A line's step is no more than that: 16 columns of it lie in no more than eight rows.
-constexpr int steepestLine = (7 << lineBits) / 15;
+/// A line's step is no more than that: 16 columns of it lie in no more than ten rows.
+constexpr int steepestLine = (9 << lineBits) / 15;
 /// Sums of weights' products come to 2^(bits) times the pixels less 128, for each part half of that: what is added to
 /// them before they are cut, in 32 bits without a sign.
 constexpr int lineSumBits(int parts) {
@@ -296,8 +323,8 @@ struct Kernels {
     void (*sumAlongCurve)(const Footprint& footprint, const CurvedRow& row, int first, int count, std::int32_t* sums);
     /// Filters any number of pixels of a canvas row that follows the line, at the positions along a curve from its
     /// `first` on.
-    void (*filterAlongLine)(const LineFootprint& footprint, const PictureLine& line, const CurvedRow::Axis& curve,
-                            int first, int count, std::uint8_t* out);
+    void (*filterAlongLine)(const LineFootprint& footprint, const PictureLine& line, const LineCurve& curve, int first,
+                            int count, std::uint8_t* out);
     /// `count` pixels from the sums of their parts, row of parts by row of parts.
     void (*averageParts)(const std::int32_t* sums, PixelParts parts, int count, std::uint8_t* out);
     /// Weighted sum of `taps` rows of `count` bytes, weights of sum 16384; results have 6 fractional bits.

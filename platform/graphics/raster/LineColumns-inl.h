@@ -211,7 +211,7 @@ HWY_INLINE void combineGroups(const LineFootprint& footprint, const PictureLine&
     Bytes weights[kParts][kTaps];
     for (int part = 0; part < kParts; ++part) {
         for (int tap = 0; tap < kTaps; ++tap) {
-            weights[part][tap] = hn::LoadU(d8, footprint.rows->weights[part] + tap * linePhases);
+            weights[part][tap] = hn::Load(d8, footprint.rows->weights[part] + tap * linePhases);
         }
     }
     const auto steps = hn::Mul(hn::Iota(d32, 0), hn::Set(d32, line.step));
@@ -224,11 +224,7 @@ HWY_INLINE void combineGroups(const LineFootprint& footprint, const PictureLine&
         groups.begin();
         const auto at = hn::Add(steps, hn::Set(d32, groups.start()));
         const auto down = hn::ShiftRight<lineBits>(at);
-        __mmask16 isDown[kApart + 1];
-#pragma GCC unroll 8
-        for (int apart = 1; apart <= kApart; ++apart) {
-            isDown[apart] = _mm512_cmpeq_epi32_mask(down.raw, _mm512_set1_epi32(groups.lowest() + apart));
-        }
+        const auto farther = hn::Sub(down, hn::Set(d32, groups.lowest()));
         const auto phase =
             hn::BitCast(d8, hn::And(hn::ShiftRight<lineBits - linePhaseBits>(at), hn::Set(d32, linePhases - 1)));
         Bytes places[2]; // of weights in their tables
@@ -245,14 +241,19 @@ HWY_INLINE void combineGroups(const LineFootprint& footprint, const PictureLine&
         for (int k = 0; k < kTaps + kApart; ++k) {
             row[k] = hn::LoadU(d8, groups.row(k));
         }
-        const auto samplesOf = [&](int tap) ALWAYS_INLINED {
-            __m512i samples = row[tap].raw;
-#pragma GCC unroll 8
-            for (int apart = 1; apart <= kApart; ++apart) {
-                samples = _mm512_mask_blend_epi32(isDown[apart], samples, row[tap + apart].raw);
+        // Each column's rows move up by as many as its first one is farther down: by eight, four, two, and one.
+#pragma GCC unroll 4
+        for (int step = 8; step > 0; step /= 2) {
+            if (step <= kApart) {
+                const __mmask16 moves = _mm512_test_epi32_mask(farther.raw, _mm512_set1_epi32(step));
+#pragma GCC unroll 16
+                for (int k = 0; k < kTaps + step - 1 && k + step < kTaps + kApart; ++k) {
+                    row[k].raw = _mm512_mask_blend_epi32(moves, row[k].raw, row[k + step].raw);
+                }
             }
-            return hn::Xor(Bytes{samples}, hn::Set(d8, std::uint8_t{0x80}));
-        };
+        }
+        const auto samplesOf = [&](int tap)
+                                   ALWAYS_INLINED { return hn::Xor(row[tap], hn::Set(d8, std::uint8_t{0x80})); };
 #pragma GCC unroll 4
         for (int pair = 0; pair < kTaps / 2; ++pair) {
             const Bytes a = samplesOf(2 * pair);
@@ -358,7 +359,10 @@ HWY_INLINE void combineByApart(const LineFootprint& footprint, const PictureLine
     if (rise <= 5 << lineBits) {
         return combineGroups<kParts, kTaps, 5>(footprint, line, first, count, sums);
     }
-    combineGroups<kParts, kTaps, 7>(footprint, line, first, count, sums);
+    if (rise <= 7 << lineBits) {
+        return combineGroups<kParts, kTaps, 7>(footprint, line, first, count, sums);
+    }
+    combineGroups<kParts, kTaps, 9>(footprint, line, first, count, sums);
 #else
     combineGroups<kParts, kTaps, 2>(footprint, line, first, count, sums);
 #endif

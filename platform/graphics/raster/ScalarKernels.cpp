@@ -31,6 +31,13 @@ std::int32_t positionAlong(const CurvedRow::Axis& axis, int i) {
     return std::bit_cast<std::int32_t>(rounded) - bitsOfRoundingFloat + axis.origin;
 }
 
+std::int32_t positionAlong(const LineCurve& curve, int i) {
+    const auto at = static_cast<float>(i);
+    const float moved = at * curve.step / (1 + at * curve.fall);
+    const float rounded = (curve.start + moved) + roundingFloat;
+    return std::bit_cast<std::int32_t>(rounded) - bitsOfRoundingFloat + curve.origin;
+}
+
 /// Where a footprint's rows begin, and at which phases.
 struct RowsOfColumns {
     int firstColumn[mostTaps] = {};
@@ -137,19 +144,20 @@ void sumColumn(const LineFootprint& footprint, int part, const PictureLine& line
     }
 }
 
-void filterAlongLine(const LineFootprint& footprint, const PictureLine& line, const CurvedRow::Axis& curve, int first,
+void filterAlongLine(const LineFootprint& footprint, const PictureLine& line, const LineCurve& curve, int first,
                      int count, std::uint8_t* out) {
     const int bits = lineSumBits(footprint.parts);
     for (int i = 0; i < count; ++i, out += 4) {
+        const LineFootprint::Columns& columns = footprint.columnsOf(first + i);
         std::uint32_t pixel[4] = {};
         for (int part = 0; part < footprint.parts; ++part) {
             const int side = footprint.parts == 1 ? 0 : 2 * part - 1;
-            const std::int32_t u = positionAlong(curve, first + i) + side * footprint.columnsAside;
+            const std::int32_t u = positionAlong(curve, first + i) + side * columns.aside;
             const int nearest = (u + phases / 2) >> phaseBits;
             for (int tap = 0; tap < LineColumns::taps; ++tap) {
                 std::int32_t sums[4];
                 sumColumn(footprint, part, line, nearest - 3 + tap, sums);
-                const int weight = footprint.columns->weight(u - nearest * phases, tap);
+                const int weight = columns.table->weight(u - nearest * phases, tap);
                 for (int channel = 0; channel < 4; ++channel) {
                     pixel[channel] += static_cast<std::uint32_t>(sums[channel] * weight);
                 }

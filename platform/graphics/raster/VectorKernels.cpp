@@ -29,7 +29,7 @@ void filterAlongCurve(const Footprint& footprint, const CurvedRow& row, int firs
 void sumFootprint(const Footprint& footprint, const std::int32_t* u, const std::int32_t* v, int count,
                   std::int32_t* sums);
 void sumAlongCurve(const Footprint& footprint, const CurvedRow& row, int first, int count, std::int32_t* sums);
-void filterAlongLine(const LineFootprint& footprint, const PictureLine& line, const CurvedRow::Axis& curve, int first,
+void filterAlongLine(const LineFootprint& footprint, const PictureLine& line, const LineCurve& curve, int first,
                      int count, std::uint8_t* out);
 void averageParts(const std::int32_t* sums, PixelParts parts, int count, std::uint8_t* out);
 void combineRows(const std::uint8_t* const* rows, const std::int16_t* weights, int taps, int count, std::int16_t* out);

@@ -4,6 +4,7 @@
 #include "platform/graphics/raster/Sampler.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <limits>
 #include <optional>
@@ -13,9 +14,8 @@ namespace quillomat::raster {
 namespace {
 
 constexpr int shortestSegment = 4;
-constexpr int shortestLineBlock = 16;
 // How much w may change over the pixels, and over the rows, that share a footprint.
-constexpr double largestChange = 0.04;
+constexpr double largestChange = 0.03;
 // The same for long stretches, where the parabola that their positions follow would stray.
 constexpr double largestLongChange = 0.01;
 constexpr int mostRowsTogether = 16;
@@ -91,6 +91,23 @@ struct PointOnRow {
     }
 };
 
+/// How a row's pixels move on the picture, wherever they are: w² times what a step right leads to.
+struct LineOfRow {
+    double toU = 0;
+    double slope = 0; // in rows to a column
+
+    explicit LineOfRow(const ProjectedRow& row)
+        : toU(row.uStep * row.w0 - row.u0 * row.wStep), slope((row.vStep * row.w0 - row.v0 * row.wStep) / toU) {}
+};
+
+/// A canvas row that is being drawn.
+struct RowUnderWay {
+    int y = 0;
+    ProjectedRow positions;
+    std::optional<LineOfRow> line; // once it is needed
+    PointOnRow from;               // where the last block ended
+};
+
 /// A block's first position, the one in its middle, and the next block's first one.
 struct CurveEnds {
     PointOnRow from;
@@ -111,12 +128,11 @@ public:
     void row(int y, int left, int right, std::uint8_t* out, SamplerScratch& scratch) const override {
         FootprintBlocks& blocks = scratch.footprintsOf(this);
         blocks.begin(y / rowsTogether_, static_cast<std::size_t>(right) / shortestSegment + 1);
-        const ProjectedRow positions = projectedRow(y, 0, {});
-        PointOnRow from; // where the last block ended
+        RowUnderWay row{y, projectedRow(y, 0, {}), {}, {}};
         while (left < right) {
             FootprintBlock& block = blockAt(y, left, blocks);
             const int end = std::min(right, block.left + block.length);
-            segment(block, y, positions, from, left, end, out, scratch);
+            segment(block, row, left, end, out, scratch);
             out += static_cast<std::ptrdiff_t>(end - left) * 4;
             left = end;
         }
@@ -157,15 +173,30 @@ private:
             block->along.reset();
             block->ofParts.reset();
             const Steps whole = stepsAt(block->left + block->length / 2.0, middleY);
-            if (block->length >= shortestLineBlock) {
+            if (block->length >= pixelsAlike) {
                 block->along = lineFootprintFor(whole);
             }
             if (block->along) {
                 block->along->picture = pyramid_->level(0, 0);
                 block->along->ahead = fetchedAhead(block->along->rows->taps, whole.rightU, whole.downV);
+                findColumnsAlong(*block, middleY);
             }
         }
         return *block;
+    }
+
+    /// What a step right leads to changes with the square of w, and more than rows do: columns of their own, which cost
+    /// nothing, are changed more often.
+    void findColumnsAlong(FootprintBlock& block, double y) const {
+        LineFootprint& along = *block.along;
+        const int alike = std::max(block.length / static_cast<int>(LineFootprint::mostColumns), pixelsAlike);
+        along.columnBits = std::countr_zero(static_cast<unsigned>(alike));
+        for (int at = 0; at < block.length; at += alike) {
+            const Steps step = stepsAt(block.left + at + alike / 2.0, y);
+            LineFootprint::Columns& columns = along.columns[static_cast<std::size_t>(at / alike)];
+            columns = lineColumnsFor(step, along.parts);
+            along.farthestAside = std::max(along.farthestAside, std::abs(columns.aside));
+        }
     }
 
     [[nodiscard]] double middleOfRows(int y) const { return y / rowsTogether_ * rowsTogether_ + rowsTogether_ / 2.0; }
@@ -231,56 +262,58 @@ private:
         return ahead;
     }
 
-    /// `from` is where the row's last block ended, and then where this one does.
-    void segment(FootprintBlock& block, int y, const ProjectedRow& row, PointOnRow& from, int left, int right,
-                 std::uint8_t* out, SamplerScratch& scratch) const {
-        if (block.along) {
-            const CurveEnds ends = curveEnds(row, block, PixelParts{}, from);
-            from = ends.to;
-            if (segmentAlongLine(block, ends, left, right, out)) {
-                return;
-            }
+    void segment(FootprintBlock& block, RowUnderWay& row, int left, int right, std::uint8_t* out,
+                 SamplerScratch& scratch) const {
+        if (block.along && segmentAlongLine(block, row, left, right, out)) {
+            return;
         }
         if (!block.ofParts) {
-            block.ofParts = footprintFor(stepsAt(block.left + block.length / 2.0, middleOfRows(y)));
+            block.ofParts = footprintFor(stepsAt(block.left + block.length / 2.0, middleOfRows(row.y)));
         }
         const PartsOfPixels& parts = block.ofParts->parts;
         if (parts.each.count() > 1) {
-            return segmentOfParts(block, y, left, right, out, scratch);
+            return segmentOfParts(block, row.y, left, right, out, scratch);
         }
         const bool isWhole = parts.scaleU == 1 && parts.scaleV == 1;
-        const ProjectedRow& positions = isWhole ? row : projectedRow(y, 0, parts);
-        const CurveEnds ends = curveEnds(positions, block, PixelParts{}, isWhole ? from : PointOnRow{});
+        const ProjectedRow& positions = isWhole ? row.positions : projectedRow(row.y, 0, parts);
+        const CurveEnds ends = curveEnds(positions, block, PixelParts{}, isWhole ? row.from : PointOnRow{});
         if (isWhole) {
-            from = ends.to;
+            row.from = ends.to;
         }
         drawPositions(block, positions, ends, left, right - left, kernels_.filterAlongCurve, kernels_.filterFootprint,
                       scratch, out);
     }
 
-    /// Whether positions follow a curve that the kernel can take.
-    bool segmentAlongLine(const FootprintBlock& block, const CurveEnds& ends, int left, int right,
-                          std::uint8_t* out) const {
-        CurvedRow curve;
-        if (!passesThrough(ends, curve)) {
+    /// Draws pixels of a block along the line, where they lie as the kernel can take them.
+    bool segmentAlongLine(const FootprintBlock& block, RowUnderWay& row, int left, int right, std::uint8_t* out) const {
+        const ProjectedRow& positions = row.positions;
+        if (!row.line) {
+            row.line = LineOfRow(positions);
+        }
+        const double slope = row.line->slope;
+        const PointOnRow from(positions, block.left + 0.5);
+        const double inverse = 1 / from.w;
+        const double step = row.line->toU * inverse * inverse;
+        const double fall = positions.wStep * inverse;
+        const double fastest = std::abs(step) * (1 + 3 * std::abs(fall) * block.length);
+        if (!(std::abs(from.u) < farthestPlain && std::abs(from.v) < farthestPlain &&
+              std::abs(fall) * block.length < 2 * largestChange && fastest < mostLineStep &&
+              fastest * block.length < farthestFromOrigin && std::abs(slope) * (1 << lineBits) < steepestLine)) {
             return false;
         }
-        const float bent = 2 * std::abs(curve.u.bend) * static_cast<float>(block.length);
-        const float step = std::abs(curve.u.step);
-        const double slope = (ends.to.v - ends.from.v) / (ends.to.u - ends.from.u);
-        if (step < bent || step + bent > static_cast<float>(mostLineStep) ||
-            !(std::abs(slope) * (1 << lineBits) < steepestLine)) {
-            return false;
-        }
-        // A straight line through the block's ends.
+        LineCurve curve;
+        curve.origin = static_cast<std::int32_t>(from.u);
+        curve.start = static_cast<float>(from.u - curve.origin);
+        curve.step = static_cast<float>(step);
+        curve.fall = static_cast<float>(fall);
         PictureLine line;
-        line.column = curve.u.origin >> phaseBits;
-        line.row = curve.v.origin >> phaseBits;
-        const double inColumn = line.column * static_cast<double>(phases) - ends.from.u;
-        const double start = (ends.from.v - line.row * static_cast<double>(phases) + inColumn * slope) / phases;
+        line.column = curve.origin >> phaseBits;
+        line.row = static_cast<std::int32_t>(from.v) >> phaseBits;
+        const double inColumn = line.column * static_cast<double>(phases) - from.u;
+        const double start = (from.v - line.row * static_cast<double>(phases) + inColumn * slope) / phases;
         line.start = static_cast<std::int32_t>(start * (1 << lineBits));
         line.step = static_cast<std::int32_t>(slope * (1 << lineBits));
-        kernels_.filterAlongLine(*block.along, line, curve.u, left - block.left, right - left, out);
+        kernels_.filterAlongLine(*block.along, line, curve, left - block.left, right - left, out);
         return true;
     }
 

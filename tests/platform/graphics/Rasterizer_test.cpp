@@ -19,6 +19,7 @@ namespace {
 constexpr PictureTolerance mildTolerance{6, 2, 0.05, 56};
 constexpr PictureTolerance turnedTolerance{8, 3, 0.02, 55};
 constexpr PictureTolerance shrunkTolerance{8, 3, 0.02, 54}; // the judge's own samples are this far apart here
+constexpr PictureTolerance growingTolerance{6, 3, 0.001, 59};
 constexpr PictureTolerance obliqueTolerance{32, 4, 0.05, 48};
 constexpr PictureTolerance exactTolerance{2, 1, 0.01, 60};
 // Backgrounds are stretched in bytes, with weights of 1/112; six levels off are those beside a letter, of 255.
@@ -79,6 +80,26 @@ TEST(Rasterizer, drawsShrunkQuadsAsTheReferenceDoes) {
         const double fit = std::min(1.0, std::min(190 / w, 230 / h));
         const Quad quad{{4, 6}, {4 + w * fit, 8}, {6, 6 + h * fit}, {4 + w * fit * 0.97, 4 + h * fit}};
         EXPECT_TRUE(quadAgrees(large, quad, shrunkTolerance)) << shrink << " times";
+    }
+}
+
+TEST(Rasterizer, drawsShrunkQuadsWhosePixelsGrowAlongTheirRowsAsTheReferenceDoes) {
+    // By 3 % in 16 to 64 pixels, to both sides, level and aslant: neighbours soon need footprints of their own.
+    const Image large = Image::fromBitmap(screenshotLike({1100, 700}));
+    for (const double growth : {0.1, 0.25}) {
+        for (const double slope : {0.0, 0.2, 0.45}) {
+            const double left = 150 * (1 - growth), right = 150 * (1 + growth);
+            const auto top = [&](double height) { return (220 - height) / 2; };
+            const Quad quad{{10, top(left)},
+                            {390, top(right) + slope * 380},
+                            {10, top(left) + left},
+                            {390, top(right) + right + slope * 380}};
+            const Quad mirrored{quad.topRight, quad.topLeft, quad.bottomRight, quad.bottomLeft};
+            for (const Quad& each : {quad, mirrored}) {
+                EXPECT_TRUE(agreesWithReference(recordingOf({400, 400}, fittedLayer(large, each, 0)), growingTolerance))
+                    << growth << ", aslant by " << slope;
+            }
+        }
     }
 }
 

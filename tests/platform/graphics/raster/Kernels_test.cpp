@@ -409,10 +409,21 @@ protected:
         footprint.picture = {pixels_.data(), width, height, static_cast<std::size_t>(width) * 4};
         footprint.parts = 1 + i % 2;
         footprint.rows = &lineRows(0.02 * upTo(300), footprint.parts);
-        footprint.columns = &lineColumns(0.02 * upTo(250));
-        footprint.columnsAside = footprint.parts == 1 ? 0 : upTo(2 * farthestAside) - farthestAside;
+        footprint.columnBits = 4 + i % 3;
+        for (LineFootprint::Columns& columns : footprint.columns) {
+            columns.table = &lineColumns(0.02 * upTo(250));
+            columns.aside = footprint.parts == 1 ? 0 : upTo(2 * farthestAside) - farthestAside;
+            footprint.farthestAside = std::max(footprint.farthestAside, std::abs(columns.aside));
+        }
         footprint.ahead = {8, 3, 4};
         return footprint;
+    }
+
+    /// The same columns for all pixels.
+    static void setColumns(LineFootprint& footprint, double width, std::int32_t aside) {
+        footprint.columns.fill({&lineColumns(width), aside});
+        footprint.columnBits = 6;
+        footprint.farthestAside = std::abs(aside);
     }
 
     PictureLine randomLine(const PixelView& picture) {
@@ -434,14 +445,15 @@ TEST_F(LineTwins, filterAlongLine) {
     for (int i = 0; i < 800; ++i) {
         const LineFootprint footprint = randomFootprint(i);
         const PictureLine line = randomLine(footprint.picture);
-        CurvedRow::Axis curve;
+        LineCurve curve;
         curve.origin = upTo((footprint.picture.width + 40) * phases) - 20 * phases;
         curve.start = unit(random_);
         // All one way, no matter which, and never too fast.
-        curve.step = (i % 4 < 2 ? 1.0F : -1.0F) * (100.0F + static_cast<float>(upTo(mostLineStep - 300)));
-        curve.bend = unit(random_) * 0.15F;
-        const int count = 1 + upTo(i % 3 == 0 ? 9 : longestBlock - 1);
-        const int first = upTo(longestBlock - count);
+        curve.step = (i % 4 < 2 ? 1.0F : -1.0F) * (100.0F + static_cast<float>(upTo(mostLineStep - 400)));
+        curve.fall = unit(random_) * 0.0002F;
+        const int block = static_cast<int>(LineFootprint::mostColumns) << footprint.columnBits;
+        const int count = 1 + upTo(i % 3 == 0 ? 9 : block - 1);
+        const int first = upTo(block - count);
         expectSameBytes(randomBytes(static_cast<std::size_t>(count) * 4), static_cast<std::size_t>(i % 4),
                         [&](const Kernels& kernels, std::uint8_t* out) {
                             kernels.filterAlongLine(footprint, line, curve, first, count, out);
@@ -458,10 +470,9 @@ TEST_F(LineTwins, pixelsAreThePicturesMeanUnderTheBoxesThatFollowTheLine) {
         constexpr double down = 3.25, across = 2.5, aside = 0.375;
         footprint.parts = parts;
         footprint.rows = &lineRows(down, parts);
-        footprint.columns = &lineColumns(across);
-        footprint.columnsAside = parts == 1 ? 0 : static_cast<int>(aside * phases);
+        setColumns(footprint, across, parts == 1 ? 0 : static_cast<int>(aside * phases));
         const PictureLine line{10, 12, 1 << (lineBits - 1), (1 << lineBits) / 4};
-        const CurvedRow::Axis curve{20 * phases + 77, 0, 2.5F * phases, 0};
+        const LineCurve curve{20 * phases + 77, 0, 2.5F * phases, 0};
         constexpr int count = 24;
         std::uint8_t out[count * 4];
         bestKernels().filterAlongLine(footprint, line, curve, 0, count, out);
@@ -486,6 +497,47 @@ TEST_F(LineTwins, pixelsAreThePicturesMeanUnderTheBoxesThatFollowTheLine) {
     }
 }
 
+TEST_F(LineTwins, pixelsAreFilteredByTheColumnsOfTheirPlaceInTheBlock) {
+    LineFootprint footprint = randomFootprint(1);
+    footprint.columnBits = 5;
+    const PictureLine line{3, 7, 12345, -9000};
+    const LineCurve curve{5 * phases, 0.25F, 700, 0.0003F};
+    constexpr int count = 128;
+    std::uint8_t out[count * 4];
+    bestKernels().filterAlongLine(footprint, line, curve, 0, count, out);
+    for (int pixel = 0; pixel < count; ++pixel) {
+        LineFootprint alone = footprint;
+        alone.columns.fill(footprint.columns[static_cast<std::size_t>(pixel / 32)]);
+        std::uint8_t expected[4];
+        bestKernels().filterAlongLine(alone, line, curve, pixel, 1, expected);
+        ASSERT_EQ(std::memcmp(out + std::ptrdiff_t{4} * pixel, expected, 4), 0) << pixel;
+    }
+}
+
+TEST_F(LineTwins, curvesLeadToTheirNearestPositions) {
+    // A ramp of columns tells where a pixel lies: its mean is the position of the middle.
+    const int width = 1024;
+    pixels_.resize(std::size_t{width} * 4 * 8);
+    for (std::size_t i = 0; i < pixels_.size(); ++i) {
+        pixels_[i] = static_cast<std::uint8_t>(i / 4 % width / 4);
+    }
+    LineFootprint footprint;
+    footprint.picture = {pixels_.data(), width, 8, std::size_t{width} * 4};
+    footprint.rows = &lineRows(2, 1);
+    setColumns(footprint, 4, 0);
+    const PictureLine line{0, 4, 0, 0};
+    for (const float fall : {-0.0004F, 0.0F, 0.0004F}) {
+        const LineCurve curve{100 * phases, 0.5F, 3 * phases, fall};
+        std::uint8_t out[longestBlock * 4];
+        bestKernels().filterAlongLine(footprint, line, curve, 0, longestBlock, out);
+        for (int i = 0; i < longestBlock; ++i) {
+            const double column = 100 + (0.5 + 3.0 * phases * i / (1 + static_cast<double>(fall) * i)) / phases;
+            // Four columns share a level, of which a pixel sees the mean.
+            ASSERT_NEAR(out[i * 4], (column - 1.5) / 4, 0.75) << fall << ", pixel " << i;
+        }
+    }
+}
+
 TEST_F(LineTwins, flatPicturesStayFlat) {
     for (int level = 0; level < 256; ++level) {
         for (const int parts : {1, 2}) {
@@ -494,8 +546,7 @@ TEST_F(LineTwins, flatPicturesStayFlat) {
             footprint.picture = {pixels_.data(), 60, 40, 240};
             footprint.parts = parts;
             footprint.rows = &lineRows(1 + level % 32 / 8.0, parts);
-            footprint.columns = &lineColumns(1 + level / 64.0);
-            footprint.columnsAside = parts == 1 ? 0 : 90;
+            setColumns(footprint, 1 + level / 64.0, parts == 1 ? 0 : 90);
             std::uint8_t out[40 * 4];
             bestKernels().filterAlongLine(footprint, {0, 5, 1234, 9000}, {-3 * phases, 0, 400, 0}, 0, 40, out);
             for (const std::uint8_t byte : out) {
