@@ -130,7 +130,8 @@ constexpr int mostLineParts = 2;
 struct LineRows {
     int taps = 4; // even, up to `mostLineRows`
     /// Of each part the weights of tap 0 at all phases, then those of tap 1, and so on. Of two parts the first, above
-    /// the line, leaves the taps behind taps / 2 alone, the second those before taps / 2 - 1.
+    /// the line, leaves the taps behind taps / 2 alone, the second those before taps / 2 - 1. Each tap's weights begin
+    /// at a multiple of 64 bytes.
     const std::uint8_t* weights[mostLineParts] = {};
     /// The same once more for each two taps, phase by phase: their two weights four times over, once for each channel.
     const std::uint8_t* pairs[mostLineParts] = {};

@@ -237,7 +237,7 @@ HWY_INLINE void combineGroups(const LineFootprint& footprint, const PictureLine&
             sum[part][0] = sum[part][1] = hn::Zero(d16);
         }
         Bytes row[kTaps + kApart];
-#pragma GCC unroll 16
+#pragma GCC unroll 32
         for (int k = 0; k < kTaps + kApart; ++k) {
             row[k] = hn::LoadU(d8, groups.row(k));
         }
@@ -246,7 +246,7 @@ HWY_INLINE void combineGroups(const LineFootprint& footprint, const PictureLine&
         for (int step = 8; step > 0; step /= 2) {
             if (step <= kApart) {
                 const __mmask16 moves = _mm512_test_epi32_mask(farther.raw, _mm512_set1_epi32(step));
-#pragma GCC unroll 16
+#pragma GCC unroll 32
                 for (int k = 0; k < kTaps + step - 1 && k + step < kTaps + kApart; ++k) {
                     row[k].raw = _mm512_mask_blend_epi32(moves, row[k].raw, row[k + step].raw);
                 }

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <memory>
 #include <utility>
 
@@ -56,6 +57,9 @@ TEST(FilterTables, weightsAlongLinesComeToOne) {
             const LineRows& rows = lineRows(width, parts);
             ASSERT_EQ(rows.taps % 2, 0);
             ASSERT_LE(rows.taps, mostLineRows);
+            for (int part = 0; part < parts; ++part) {
+                ASSERT_EQ(std::bit_cast<std::uintptr_t>(rows.weights[part]) % 64, 0U) << width;
+            }
             for (int phase = 0; phase < linePhases; ++phase) {
                 for (int part = 0; part < parts; ++part) {
                     int sum = 0;
