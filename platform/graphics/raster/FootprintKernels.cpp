@@ -19,7 +19,7 @@ namespace HWY_NAMESPACE { // NOLINT: the library's own name for each kind of pro
 #if HWY_TARGET != HWY_SCALAR
 
 #if HWY_TARGET == HWY_AVX3_DL
-// As for sums of pairs.
+// What the sums of pairs ask for, which become part of the functions here.
 HWY_POP_ATTRIBUTES
 HWY_PUSH_ATTRIBUTES(HWY_TARGET_STR ",avx512vnni")
 #endif
