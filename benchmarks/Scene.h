@@ -3,15 +3,12 @@
 
 #include "DrawnPictures.h"
 #include "JpegDocuments.h"
-#include "platform/foundation/Crew.h"
 #include "platform/graphics/BitmapContext.h"
 #include "platform/graphics/DrawnPictures.h"
 #include "platform/graphics/ImageFile.h"
-#include "platform/graphics/Rasterizer.h"
 #include "platform/graphics/SparsePicture.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cmath>
 #include <vector>
 
@@ -115,19 +112,6 @@ inline Recording recordingOfScene(const Scene& scene) {
         context.drawImage(Image(std::make_shared<const OverlaySource>(overlay)), makeRect(0, 0, side, side));
     }
     return withDecodedPictures(context.recording());
-}
-
-/// Draws into a canvas that is there already.
-inline void rasterizeBands(const Rasterizer& rasterizer, Bitmap& canvas, int threads) {
-    constexpr int bandRows = 32;
-    std::atomic<int> next{0};
-    const auto work = [&] {
-        for (int top = next++ * bandRows; top < canvas.height(); top = next++ * bandRows) {
-            const int count = std::min(bandRows, canvas.height() - top);
-            rasterizer.rows(top, count, canvas.bytes().subspan(canvas.stride() * static_cast<std::size_t>(top)));
-        }
-    };
-    Crew::shared().run(threads, work);
 }
 
 } // namespace quillomat::benchmarks

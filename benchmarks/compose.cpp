@@ -2,6 +2,7 @@
 // every renderer writes into a canvas that it reuses.
 #include "Likeness.h"
 #include "Scene.h"
+#include "platform/graphics/Rasterizer.h"
 #ifdef QUILLOMAT_WITH_PEERS
 #include "Peers.h"
 #endif
@@ -31,10 +32,9 @@ void composeHere(benchmark::State& state, Slant slant) {
     const auto side = static_cast<int>(state.range(0));
     const Recording recording = recordingOfScene(sceneOf(side, slant));
     Bitmap canvas(recording.size());
-    rasterizeBands(Rasterizer(recording), canvas, 1); // touches the canvas's pages
+    rasterizeOnto(canvas, recording, 1); // touches the canvas's pages
     for (auto _ : state) {
-        const Rasterizer rasterizer(recording);
-        rasterizeBands(rasterizer, canvas, static_cast<int>(state.range(1)));
+        rasterizeOnto(canvas, recording, static_cast<int>(state.range(1)));
         benchmark::DoNotOptimize(canvas.bytes().data());
     }
 }
@@ -44,10 +44,9 @@ void drawLayerAlone(benchmark::State& state, Slant slant, std::size_t layer) {
     const Recording all = recordingOfScene(sceneOf(static_cast<int>(state.range(0)), slant));
     const Recording recording = recordingOf(all.size(), all.draws()[layer]);
     Bitmap canvas(recording.size());
-    rasterizeBands(Rasterizer(recording), canvas, 1); // as above
+    rasterizeOnto(canvas, recording, 1); // as above
     for (auto _ : state) {
-        const Rasterizer rasterizer(recording);
-        rasterizeBands(rasterizer, canvas, 1);
+        rasterizeOnto(canvas, recording, 1);
         benchmark::DoNotOptimize(canvas.bytes().data());
     }
 }

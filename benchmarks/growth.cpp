@@ -35,10 +35,7 @@ void measure(const char* what, int value, const Scene& scene, int threads) {
     std::vector<std::pair<std::string, std::function<void()>>> renderers;
     const Recording recording = recordingOfScene(scene);
     Bitmap canvas(recording.size());
-    renderers.emplace_back("quillomat", [&] {
-        const Rasterizer rasterizer(recording);
-        rasterizeBands(rasterizer, canvas, threads);
-    });
+    renderers.emplace_back("quillomat", [&] { rasterizeOnto(canvas, recording, threads); });
     std::vector<std::unique_ptr<Peer>> peers;
     for (const KnownPeer& peer : knownPeers()) {
         if (std::strcmp(peer.name, "qt") == 0 || std::strcmp(peer.name, "opencv") == 0) {

@@ -105,11 +105,16 @@ std::size_t Rasterizer::mostBytesOfStreams() const {
 
 Bitmap rasterize(const Recording& recording, int threads) {
     Bitmap bitmap(recording.size());
-    if (!bitmap.size().isEmpty()) {
-        const Rasterizer rasterizer(recording);
-        rasterizer.plan_->layers.drawOn(bitmap, {0, 0, bitmap.width(), bitmap.height()}, threads);
-    }
+    rasterizeOnto(bitmap, recording, threads);
     return bitmap;
+}
+
+void rasterizeOnto(Bitmap& canvas, const Recording& recording, int threads) {
+    assert(canvas.size() == recording.size());
+    if (!canvas.size().isEmpty()) {
+        const Rasterizer rasterizer(recording);
+        rasterizer.plan_->layers.drawOn(canvas, {0, 0, canvas.width(), canvas.height()}, threads);
+    }
 }
 
 } // namespace quillomat

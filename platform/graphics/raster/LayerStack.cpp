@@ -1,17 +1,18 @@
 #include "platform/graphics/raster/LayerStack.h"
 
 #include "platform/foundation/Crew.h"
+#include "platform/foundation/SharedRange.h"
 #include "platform/foundation/Trace.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cstring>
 
 namespace quillomat::raster {
 
 namespace {
 
-constexpr int bandRows = 32;
+// As many as share footprints.
+constexpr int bandRows = 16;
 
 } // namespace
 
@@ -43,15 +44,14 @@ void LayerStack::drawRows(int first, int count, const Span& columns, std::uint8_
 void LayerStack::drawOn(Bitmap& picture, const SampledArea& area, int threads) const {
     const Span columns{area.left, area.right};
     const int bands = (area.bottom - area.top + bandRows - 1) / bandRows;
-    std::atomic<int> next{0};
-    const auto work = [&] {
+    const int workers = std::min(threadsFor(threads), bands);
+    SharedRange rows(area.top, area.bottom, bandRows, workers);
+    Crew::shared().run(workers, [&] {
         LayerScratch scratch;
-        for (int band = next++; band < bands; band = next++) {
-            const int first = area.top + band * bandRows;
-            drawRows(first, std::min(bandRows, area.bottom - first), columns, picture.row(first), scratch);
-        }
-    };
-    Crew::shared().run(std::min(threadsFor(threads), bands), work);
+        rows.workThrough([&](const SharedRange::Piece& band) {
+            drawRows(band.begin, band.length(), columns, picture.row(band.begin), scratch);
+        });
+    });
 }
 
 } // namespace quillomat::raster

@@ -329,6 +329,20 @@ TEST(Rasterizer, rowsReplaceWhatIsThere) {
     EXPECT_EQ(rows, std::vector<std::uint8_t>(5 * 2 * 4, 0));
 }
 
+TEST(Rasterizer, aCanvasThatIsThereAlreadyIsReplaced) {
+    const Recording recording = busyRecording({211, 253});
+    const Bitmap fresh = rasterize(recording);
+    for (const int threads : {1, 3}) {
+        Bitmap used(recording.size());
+        std::fill(used.bytes().begin(), used.bytes().end(), std::uint8_t{77});
+        rasterizeOnto(used, recording, threads);
+        EXPECT_EQ(used, fresh);
+    }
+    Bitmap empty;
+    rasterizeOnto(empty, Recording(PixelSize{}));
+    EXPECT_TRUE(empty.size().isEmpty());
+}
+
 TEST(Rasterizer, opaqueLayersStayOpaqueAtTheirSeams) {
     Recording recording(canvas);
     recording.add(fittedLayer(screenshot(), {{-20, -20}, {240, -30}, {-30, 280}, {230, 270}}));
