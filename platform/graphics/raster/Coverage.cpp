@@ -163,7 +163,8 @@ CoverageRow Coverage::row(int y, CoverageScratch& scratch) const {
 
 CoverageRow Coverage::wholeRow(int y, CoverageScratch& scratch) const {
     CoverageRow result = row(y, scratch);
-    std::fill(scratch.values.begin() + result.runLeft, scratch.values.begin() + result.runRight, result.run);
+    std::fill(scratch.values.begin() + result.runLeft, scratch.values.begin() + result.runRight,
+              static_cast<std::uint8_t>(result.run));
     return result;
 }
 

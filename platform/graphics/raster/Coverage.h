@@ -16,7 +16,7 @@ struct CoverageRow {
     int right = 0;
     int runLeft = 0;
     int runRight = 0;
-    std::uint8_t run = 0;
+    int run = 0; // 0 to 255; as wide as the others, so that all are handed on at once
 
     [[nodiscard]] bool isEmpty() const { return left >= right; }
 };

@@ -170,7 +170,7 @@ struct LineFootprint {
     /// Of each 2^(columnBits) pixels from the first one on.
     std::array<Columns, mostColumns> columns;
     int columnBits = 0;
-    std::int32_t farthestAside = 0; // of any of them
+    std::int32_t mostAside = 0; // of any of them
     int parts = 1;
     FetchedAhead ahead;
 
@@ -272,7 +272,7 @@ struct PlaneColumns {
 };
 
 /// Rows of a plane that are mixed, and those that will be mixed next: asked for meanwhile, as they come from memory
-/// more slowly than they are mixed.
+/// more slowly than they are mixed. Of those, the ones that are not there yet are null.
 struct PlaneRows {
     const std::uint8_t* const* rows = nullptr;
     const std::int8_t* weights = nullptr;
@@ -343,16 +343,16 @@ struct Kernels {
     /// `count` columns from `from` on; where rows are mixed afterwards, colours may wait until then to be cut.
     void (*mixColumns)(const MixedColumns& columns, const MixedRow& row, int from, int count, bool isCut,
                        std::uint8_t* out);
-    /// The same for rows and columns of planes. Rows of `count` samples, a multiple of 64, that begin at whole
-    /// registers.
-    void (*mixPlaneRows)(const PlaneRows& rows, int count, std::uint8_t* out);
+    /// The same for rows and columns of planes. Of rows that begin at lines of the cache, the samples [from, to), all
+    /// of those lines.
+    void (*mixPlaneRows)(const PlaneRows& rows, int from, int to, std::uint8_t* out);
     /// `count` columns from `from` on of all three planes, as opaque colours.
     void (*mixPlaneColumns)(const PlaneColumns& luma, const PlaneColumns& chroma, const PlanarRow& row, int from,
                             int count, std::uint8_t* out);
     /// Draws `count` pixels over `canvas`, each at its coverage.
     void (*compositeCovered)(std::uint8_t* canvas, const std::uint8_t* pixels, const std::uint8_t* coverage, int count);
     /// The same at one coverage.
-    void (*compositeUniform)(std::uint8_t* canvas, const std::uint8_t* pixels, std::uint8_t coverage, int count);
+    void (*compositeUniform)(std::uint8_t* canvas, const std::uint8_t* pixels, int coverage, int count);
 };
 
 /// Plain loops, one pixel at a time: the twin that the others are tested against.

@@ -135,7 +135,7 @@ HWY_INLINE void filterLineSegment(const LineFootprint& footprint, const PictureL
     }
     const auto [low, high] = std::minmax(positions[before], positions[end - 1]);
     // To the nearest column, and from there to the first one that is read.
-    const int farthest = kParts == 1 ? 0 : footprint.farthestAside;
+    const int farthest = kParts == 1 ? 0 : footprint.mostAside;
     const int firstColumn = (((low - farthest + phases / 2) >> phaseBits) - 3) & ~1;
     const int lastColumn = ((high + farthest + phases / 2) >> phaseBits) - 3 + LineColumns::taps;
     ColumnSums sums[kParts];

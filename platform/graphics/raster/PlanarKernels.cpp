@@ -17,18 +17,18 @@ namespace HWY_NAMESPACE { // NOLINT: the library's own name for each kind of pro
 
 #if HWY_TARGET != HWY_SCALAR
 
-void mixPlaneRows(const PlaneRows& rows, int count, std::uint8_t* out) {
+void mixPlaneRows(const PlaneRows& rows, int from, int to, std::uint8_t* out) {
     constexpr int lineOfCache = 64;
     const RowPairs pairs(rows.rows, rows.weights, rows.taps);
-    const auto askFor = [&](int from, int to) {
+    const auto askFor = [&](int begin, int end) {
         for (int row = 0; row < rows.nextCount; ++row) {
-            for (int at = from; at < to; at += lineOfCache) {
+            for (int at = begin; rows.next[row] != nullptr && at < end; at += lineOfCache) {
                 hwy::Prefetch(rows.next[row] + at);
             }
         }
     };
-    for (int i = 0; i < count; i += 2 * lineOfCache) {
-        const int end = std::min(i + 2 * lineOfCache, count);
+    for (int i = from; i < to; i += 2 * lineOfCache) {
+        const int end = std::min(i + 2 * lineOfCache, to);
         askFor(i, end);
         int at = i;
         for (; at + 2 * wideLanes <= end; at += 2 * wideLanes) {

@@ -1,7 +1,8 @@
 #include "platform/graphics/raster/PlanarStretch.h"
 
 #include <algorithm>
-#include <array>
+#include <cassert>
+#include <cstring>
 
 namespace quillomat::raster {
 
@@ -83,14 +84,17 @@ PlaneTable::Samples PlaneTable::samplesOf(int left, int right) const {
 
 /// Near the picture's right edge a column's weights stand behind zeros, which groups leave out.
 bool PlaneTable::groupColumns() {
+    std::vector<std::int32_t> firsts(axis_.first);
+    std::vector<int> behind(firsts.size()); // the taps that weigh anything
     int taps = 1;
-    for (std::size_t column = 0; column < axis_.first.size(); ++column) {
-        taps = std::max(taps, UsedTaps(axis_, column).count());
+    for (std::size_t column = 0; column < firsts.size(); ++column) {
+        const UsedTaps used(axis_, column);
+        behind[column] = used.to;
+        taps = std::max(taps, used.count());
     }
     steps_ = (taps + planeGroupTaps - 1) / planeGroupTaps;
-    std::vector<std::int32_t> firsts(axis_.first);
     for (std::size_t column = 0; column < firsts.size(); ++column) {
-        firsts[column] += std::max(0, UsedTaps(axis_, column).to - steps_ * planeGroupTaps);
+        firsts[column] += std::max(0, behind[column] - steps_ * planeGroupTaps);
     }
     for (std::size_t from = 0; from < firsts.size(); from += planeGroupColumns) {
         if (!addGroup(firsts, from)) {
@@ -125,10 +129,11 @@ void PlaneTable::addGroupWeights(const std::vector<std::int32_t>& firsts) {
     groupWeights_.assign(groups_.size() * steps * together * atOnce, 0);
     for (std::size_t column = 0; column < firsts.size(); ++column) {
         const auto skipped = static_cast<std::size_t>(firsts[column] - axis_.first[column]);
-        const std::size_t group = column / together * steps;
-        for (std::size_t tap = 0; tap < std::min(steps * atOnce, taps - skipped); ++tap) {
-            const std::size_t place = ((group + tap / atOnce) * together + column % together) * atOnce + tap % atOnce;
-            groupWeights_[place] = axis_.weights[column * taps + skipped + tap];
+        const std::int8_t* weights = axis_.weights.data() + column * taps + skipped;
+        assert(skipped + steps * atOnce <= taps);
+        std::size_t place = (column / together * steps * together + column % together) * atOnce;
+        for (std::size_t step = 0; step < steps; ++step, place += together * atOnce) {
+            std::memcpy(&groupWeights_[place], weights + step * atOnce, atOnce);
         }
     }
 }
@@ -182,7 +187,7 @@ void PlanarSampler::row(int y, int left, int right, std::uint8_t* out, SamplerSc
     std::uint8_t* const memory =
         scratch.mixedPlanes.data() + (PlanarPicture::alignment - misplaced) % PlanarPicture::alignment;
     const auto mixed = [&](Plane plane) {
-        return mixRows(plane, y, left - left_, right - left_, memory + placeOf(plane), scratch);
+        return mixRows(plane, y, left - left_, right - left_, memory + placeOf(plane));
     };
     const PlanarRow row{mixed(Plane::luma), mixed(Plane::blueChroma), mixed(Plane::redChroma)};
     kernels_.mixPlaneColumns(lumaColumns_.view(), chromaColumns_.view(), row, left - left_, right - left, out);
@@ -194,39 +199,23 @@ int PlanarSampler::rowCount(Plane plane) const {
 }
 
 /// Whole lines of the cache, as far as the columns [left, right) take samples of them.
-const std::uint8_t* PlanarSampler::mixRows(Plane plane, int y, int left, int right, std::uint8_t* memory,
-                                           SamplerScratch& scratch) const {
+const std::uint8_t* PlanarSampler::mixRows(Plane plane, int y, int left, int right, std::uint8_t* memory) const {
     const AxisTable<std::int8_t>& table = rowsOf(plane);
     const PlaneTable::Samples samples = columnsOf(plane).samplesOf(left, right);
     const std::size_t room = roundedUp(static_cast<std::size_t>(picture_->layout().roomOf(plane)));
     const std::size_t from =
         static_cast<std::size_t>(samples.from) / PlanarPicture::alignment * PlanarPicture::alignment;
     const std::size_t to = std::min(roundedUp(static_cast<std::size_t>(samples.to)), room);
-    const std::int8_t* weights = table.line(y);
-    const std::uint8_t* const* const picture = picture_->rows(plane);
+    const UsedTaps used(table, table.index(y));
     const int first = table.first[table.index(y)];
-    const int behind = first + table.taps;
-    const bool isLast = static_cast<std::size_t>(y + 1 - table.start) >= table.first.size();
-    const int nextEnd = isLast ? behind : std::min(table.first[table.index(y + 1)] + table.taps, rowCount(plane));
-    scratch.rows.resize(static_cast<std::size_t>(std::max(nextEnd, behind) - first));
-    scratch.mixWeights.resize(static_cast<std::size_t>(table.taps));
-    const std::uint8_t** const rows = scratch.rows.data();
-    std::int8_t* const rowWeights = scratch.mixWeights.data();
-    int taken = 0;
-    for (int tap = 0; tap < table.taps; ++tap) {
-        if (weights[tap] != 0) {
-            rows[taken] = picture[first + tap] + from;
-            rowWeights[taken++] = weights[tap];
-        }
-    }
-    int known = taken;
-    for (int row = behind; row < nextEnd; ++row) {
-        if (picture[row] != nullptr) {
-            rows[known++] = picture[row] + from;
-        }
-    }
-    const PlaneRows mixed{rows, rowWeights, taken, rows + taken, known - taken};
-    kernels_.mixPlaneRows(mixed, static_cast<int>(to - from), memory + from);
+    const bool isLast = table.index(y + 1) >= table.first.size();
+    const int nextFirst = isLast ? first : table.first[table.index(y + 1)];
+    const int behind = std::min(first + table.taps, rowCount(plane));
+    const int behindNext = std::min(nextFirst + table.taps, rowCount(plane));
+    const std::uint8_t* const* const rows = picture_->rows(plane);
+    const PlaneRows mixed{rows + first + used.from, table.line(y) + used.from, used.count(), rows + behind,
+                          behindNext - behind};
+    kernels_.mixPlaneRows(mixed, static_cast<int>(from), static_cast<int>(to), memory);
     return memory;
 }
 

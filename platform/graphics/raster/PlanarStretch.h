@@ -77,8 +77,7 @@ private:
     /// Where a plane's mixed row begins in the memory for them.
     [[nodiscard]] std::size_t placeOf(Plane plane) const;
     [[nodiscard]] int rowCount(Plane plane) const;
-    const std::uint8_t* mixRows(Plane plane, int y, int left, int right, std::uint8_t* memory,
-                                SamplerScratch& scratch) const;
+    const std::uint8_t* mixRows(Plane plane, int y, int left, int right, std::uint8_t* memory) const;
 
     std::shared_ptr<const PlanarPicture> picture_;
     int left_;

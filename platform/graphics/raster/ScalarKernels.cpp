@@ -254,8 +254,8 @@ void mixColumns(const MixedColumns& columns, const MixedRow& row, int from, int 
     }
 }
 
-void mixPlaneRows(const PlaneRows& rows, int count, std::uint8_t* out) {
-    for (int i = 0; i < count; ++i) {
+void mixPlaneRows(const PlaneRows& rows, int from, int to, std::uint8_t* out) {
+    for (int i = from; i < to; ++i) {
         int sum = 0;
         for (int tap = 0; tap < rows.taps; ++tap) {
             sum += rows.rows[tap][i] * rows.weights[tap];
@@ -307,9 +307,9 @@ void compositeCovered(std::uint8_t* canvas, const std::uint8_t* pixels, const st
     }
 }
 
-void compositeUniform(std::uint8_t* canvas, const std::uint8_t* pixels, std::uint8_t coverage, int count) {
+void compositeUniform(std::uint8_t* canvas, const std::uint8_t* pixels, int coverage, int count) {
     for (std::ptrdiff_t i = 0; i < count; ++i) {
-        compositePixel(canvas + i * 4, pixels + i * 4, coverage);
+        compositePixel(canvas + i * 4, pixels + i * 4, static_cast<std::uint32_t>(coverage));
     }
 }
 

@@ -75,10 +75,9 @@ int lowestSample(const Reached& reached, int pixels, const PlaneAxis& plane) {
     return sharesOf(std::clamp(reached.lowest, 0, pixels - 1), plane).lowest();
 }
 
-/// Neither its pixels nor its taps meet the picture's edges.
-bool liesInside(const Reached& reached, int pixels, const PlaneAxis& plane, int taps) {
-    return reached.lowest > 0 && reached.lowest + reached.count < pixels &&
-           lowestSample(reached, pixels, plane) + taps <= plane.samples;
+/// Neither its pixels nor its taps, from the `lowest` sample on, meet the picture's edges.
+bool liesInside(const Reached& reached, int pixels, int lowest, int taps, const PlaneAxis& plane) {
+    return reached.lowest > 0 && reached.lowest + reached.count < pixels && lowest + taps <= plane.samples;
 }
 
 /// What lies beyond the taps goes to the last of them.
@@ -162,24 +161,27 @@ AxisTable<Weight> StretchAxis::table(int from, int to, int pixels, const PlaneAx
     const Period period = periodOf(1 / (scale_ * factor()), plane);
     // What the position a period before reached, where all of that lies inside.
     std::vector<Reached> before(static_cast<std::size_t>(period.positions < to - from ? period.positions : 0));
-    for (int at = from; at < to; ++at) {
+    std::size_t phase = 0;
+    for (int at = from; at < to; ++at, phase = phase + 1 < before.size() ? phase + 1 : 0) {
         const std::size_t line = result.index(at);
         Weight* const out = result.weights.data() + line * taps;
-        Reached* const like = before.empty() ? nullptr : &before[line % before.size()];
+        Reached* const like = before.empty() ? nullptr : &before[phase];
         if (like != nullptr && like->count > 0) {
             like->lowest += period.samples;
-            if (liesInside(*like, pixels, plane, result.taps)) {
-                result.first[line] = lowestSample(*like, pixels, plane);
+            const int first = result.first[line - before.size()] + period.samples / plane.step;
+            if (liesInside(*like, pixels, first, result.taps, plane)) {
+                result.first[line] = first;
                 std::copy_n(result.line(at - period.positions), taps, out);
                 continue;
             }
             like->count = 0;
         }
         const Reached reached = reachedFrom(at, pixels, period);
-        if (like != nullptr && liesInside(reached, pixels, plane, result.taps)) {
+        const int lowest = lowestSample(reached, pixels, plane);
+        if (like != nullptr && liesInside(reached, pixels, lowest, result.taps, plane)) {
             *like = reached;
         }
-        const int first = std::clamp(lowestSample(reached, pixels, plane), 0, std::max(0, plane.samples - result.taps));
+        const int first = std::clamp(lowest, 0, std::max(0, plane.samples - result.taps));
         writeShares(reached.begin, reached.count, shares.data());
         std::fill(weights.begin(), weights.end(), 0.0);
         for (int i = 0; i < reached.count; ++i) {

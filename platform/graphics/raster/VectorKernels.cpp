@@ -37,11 +37,11 @@ void combineColumns(const std::int16_t* row, const std::int32_t* first, const st
                     int count, std::uint8_t* out);
 void mixRows(const std::uint8_t* const* rows, const std::int8_t* weights, int taps, int count, std::uint8_t* out);
 void mixColumns(const MixedColumns& columns, const MixedRow& row, int from, int count, bool isCut, std::uint8_t* out);
-void mixPlaneRows(const PlaneRows& rows, int count, std::uint8_t* out);
+void mixPlaneRows(const PlaneRows& rows, int from, int to, std::uint8_t* out);
 void mixPlaneColumns(const PlaneColumns& luma, const PlaneColumns& chroma, const PlanarRow& row, int from, int count,
                      std::uint8_t* out);
 void compositeCovered(std::uint8_t* canvas, const std::uint8_t* pixels, const std::uint8_t* coverage, int count);
-void compositeUniform(std::uint8_t* canvas, const std::uint8_t* pixels, std::uint8_t coverage, int count);
+void compositeUniform(std::uint8_t* canvas, const std::uint8_t* pixels, int coverage, int count);
 
 const Kernels& kernelsOfTarget() {
     static constexpr Kernels kernels{"vector",     projectPositions, filterFootprint,  filterAlongCurve,

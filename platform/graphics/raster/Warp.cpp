@@ -195,7 +195,7 @@ private:
             const Steps step = stepsAt(block.left + at + alike / 2.0, y);
             LineFootprint::Columns& columns = along.columns[static_cast<std::size_t>(at / alike)];
             columns = lineColumnsFor(step, along.parts);
-            along.farthestAside = std::max(along.farthestAside, std::abs(columns.aside));
+            along.mostAside = std::max(along.mostAside, std::abs(columns.aside));
         }
     }
 

@@ -99,13 +99,12 @@ TEST(Kernels, dividesBy255ToTheNearest) {
 }
 
 TEST_F(KernelsTwins, compositeUniform) {
-    for (int count = 0; count < 40; ++count) {
+    for (int count = 0; count < 80; ++count) {
         const auto pixels = randomPixels(static_cast<std::size_t>(count));
         for (const int coverage : {0, 1, 127, 128, 254, 255}) {
             expectSameBytes(randomPixels(static_cast<std::size_t>(count)), static_cast<std::size_t>(count % 5),
                             [&](const Kernels& kernels, std::uint8_t* out) {
-                                kernels.compositeUniform(out, pixels.data(), static_cast<std::uint8_t>(coverage),
-                                                         count);
+                                kernels.compositeUniform(out, pixels.data(), coverage, count);
                             });
         }
     }
@@ -413,7 +412,7 @@ protected:
         for (LineFootprint::Columns& columns : footprint.columns) {
             columns.table = &lineColumns(0.02 * upTo(250));
             columns.aside = footprint.parts == 1 ? 0 : upTo(2 * farthestAside) - farthestAside;
-            footprint.farthestAside = std::max(footprint.farthestAside, std::abs(columns.aside));
+            footprint.mostAside = std::max(footprint.mostAside, std::abs(columns.aside));
         }
         footprint.ahead = {8, 3, 4};
         return footprint;
@@ -423,7 +422,7 @@ protected:
     static void setColumns(LineFootprint& footprint, double width, std::int32_t aside) {
         footprint.columns.fill({&lineColumns(width), aside});
         footprint.columnBits = 6;
-        footprint.farthestAside = std::abs(aside);
+        footprint.mostAside = std::abs(aside);
     }
 
     PictureLine randomLine(const PixelView& picture) {

@@ -51,18 +51,20 @@ void expectSameBytes(std::size_t size, const std::function<void(const Kernels&, 
 
 TEST_F(PlanarTwins, mixPlaneRows) {
     for (int round = 0; round < 100; ++round) {
-        const int count = 64 * upTo(5);
+        const int to = 64 * upTo(5);
+        const int from = 64 * upTo(to / 64);
         const auto table = tableOf(1 / (1.5 + upTo(65) / 10.0), 8, 200, PlaneAxis{200}, mixedRowForm);
         const std::int8_t* weights = table.line(upTo(7));
         const std::size_t stride = 64 * 5;
         const auto memory = randomBytes(stride * static_cast<std::size_t>(table.taps + 3) + 64);
         std::vector<const std::uint8_t*> rows;
         for (int row = 0; row < table.taps + 3; ++row) {
-            rows.push_back(memory.data() + stride * static_cast<std::size_t>(row));
+            const bool isThere = row < table.taps || upTo(3) > 0;
+            rows.push_back(isThere ? memory.data() + stride * static_cast<std::size_t>(row) : nullptr);
         }
         const PlaneRows taken{rows.data(), weights, table.taps, rows.data() + table.taps, upTo(3)};
-        expectSameBytes(static_cast<std::size_t>(count),
-                        [&](const Kernels& kernels, std::uint8_t* out) { kernels.mixPlaneRows(taken, count, out); });
+        expectSameBytes(static_cast<std::size_t>(to),
+                        [&](const Kernels& kernels, std::uint8_t* out) { kernels.mixPlaneRows(taken, from, to, out); });
     }
 }
 

@@ -27,7 +27,7 @@ AlongLines alongLinesOf(PixelSize picture, const Quad& quad) {
         drawnAlongLines.pixels += count;
         drawnAlongLines.segmentsOfSeveralColumns += columns.table != last.table ? 1 : 0;
         for (const std::int32_t aside : {columns.aside, last.aside}) {
-            drawnAlongLines.areAllAsidesKnown &= std::abs(aside) <= footprint.farthestAside;
+            drawnAlongLines.areAllAsidesKnown &= std::abs(aside) <= footprint.mostAside;
         }
         scalarKernels().filterAlongLine(footprint, line, curve, first, count, out);
     };
