@@ -13,11 +13,10 @@ namespace {
 // are sheared, far in columns and rows: then a pixel is the average of parts of itself, whose steps are shorter. Up to
 // this product of columns and rows fine patterns keep 56 dB.
 constexpr double mostAslant = 0.9;
-// The same where parts cost twice as much as the whole: their columns take four taps as well.
+// The same where parts cost twice as much as the whole: their columns take four taps as well. Not for footprints so long
+// and oblique that two parts beside each other still lead aslant: there it shows most.
 constexpr double mostAslantOfFour = 1.4;
 constexpr double columnsOfFour = 2;
-// Four parts beside each other cost twice as much as two, and gain little where these do not lead further aslant.
-constexpr double mostAslantOfTwo = 2.5;
 
 // What is shrunk further than 4.5 times, as previews are while a marker is dragged, has no more than four parts.
 constexpr double largestFinelySplit = 4.5 * 4.5;
@@ -71,7 +70,8 @@ PixelParts partsFor(const Steps& whole) {
         const double down = downColumns * std::abs(step.downV);
         const bool isAcross = right >= down;
         const bool isOfFour = rightColumns + downColumns <= columnsOfFour;
-        const double most = isAcross && parts.across == 2 ? mostAslantOfTwo : isOfFour ? mostAslantOfFour : mostAslant;
+        const bool isLong = isAcross && parts.across > 1;
+        const double most = isOfFour && !isLong ? mostAslantOfFour : mostAslant;
         int& split = isAcross ? parts.across : parts.down;
         if (right + down <= most || parts.count() >= mostParts ||
             split == (isAcross ? mostPartsAcross : mostPartsDown)) {

@@ -21,6 +21,7 @@ constexpr PictureTolerance turnedTolerance{8, 3, 0.02, 55};
 constexpr PictureTolerance shrunkTolerance{8, 3, 0.02, 54}; // the judge's own samples are this far apart here
 constexpr PictureTolerance growingTolerance{6, 3, 0.001, 59};
 constexpr PictureTolerance obliqueTolerance{32, 4, 0.05, 48};
+constexpr PictureTolerance longTolerance{3, 2, 0.001, 60};
 constexpr PictureTolerance exactTolerance{2, 1, 0.01, 60};
 // Backgrounds are stretched in bytes, with weights of 1/112; six levels off are those beside a letter, of 255.
 constexpr PictureTolerance mixTolerance{6, 1, 0.01, 54};
@@ -100,6 +101,23 @@ TEST(Rasterizer, drawsShrunkQuadsWhosePixelsGrowAlongTheirRowsAsTheReferenceDoes
                     << growth << ", aslant by " << slope;
             }
         }
+    }
+}
+
+TEST(Rasterizer, drawsLongObliqueFootprintsAsTheReferenceDoes) {
+    // As in the lower corners of strong quads on small canvases: a step right leads steeply over the picture, a step
+    // down far along its columns.
+    const Image plate = Image::fromBitmap(zonePlate({360, 360}));
+    const auto at = [](double x, double y) { return Point{12 + 161.2 * x - 4.1 * y, 20 + 53.8 * x + 92 * y}; };
+    const Quad rising{at(0, 0), at(1, 0), at(0, 1), at(1, 1)};
+    const auto mirrored = [](const Quad& quad) {
+        return Quad{quad.topRight, quad.topLeft, quad.bottomRight, quad.bottomLeft};
+    };
+    const auto flipped = [](const Quad& quad) {
+        return Quad{quad.bottomLeft, quad.bottomRight, quad.topLeft, quad.topRight};
+    };
+    for (const Quad& quad : {rising, mirrored(rising), flipped(rising), mirrored(flipped(rising))}) {
+        EXPECT_TRUE(quadAgrees(plate, quad, longTolerance));
     }
 }
 
