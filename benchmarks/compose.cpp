@@ -9,11 +9,9 @@
 
 #include <benchmark/benchmark.h>
 
-#include <atomic>
 #include <map>
 #include <memory>
 #include <string>
-#include <thread>
 #include <tuple>
 
 namespace quillomat::benchmarks {
